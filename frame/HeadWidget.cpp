@@ -1,0 +1,101 @@
+#include "frame/HeadWidget.h"
+
+#include "frame/BodyWidget.h"
+#include "frame/MoskTester.h"
+#include "frame/MoskTranslator.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QStyleOption>
+#include <QTabWidget>
+
+HeadTabWidget::HeadTabWidget(int pageId, const QString& text, QWidget* parent)
+    : QWidget(parent), m_pageId(pageId), m_text(text)
+{
+}
+
+int HeadTabWidget::GetPageId()
+{
+    return m_pageId;
+}
+
+QString HeadTabWidget::GetText()
+{
+    return m_text;
+}
+
+HeadWidget::HeadWidget(MoskTester* parent) : QWidget(parent), m_mainWindow(parent)
+{
+    auto* layout = new QHBoxLayout;
+    layout->setContentsMargins(0, 0, 6, 0);
+    layout->setSpacing(0);
+
+    auto* logo = new QWidget(this);
+    logo->setObjectName("logoWidget");
+    logo->setFixedSize(80, 50);
+    logo->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    layout->addWidget(logo);
+    layout->addSpacing(10);
+
+    m_menu = new QTabWidget(this);
+    m_menu->setObjectName("menuTab");
+    m_menu->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    layout->addWidget(m_menu);
+
+    InitTabWidget(m_menu);
+    TranslateUI();
+    setLayout(layout);
+    connect(m_menu, &QTabWidget::currentChanged, this, &HeadWidget::OnCurrentIndexChanged);
+}
+
+void HeadWidget::InitTabWidget(QTabWidget* tab)
+{
+    auto* layout = new QHBoxLayout(tab);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+
+    // The pages 4, 5, 9 and 10 have no tab on purpose; they are opened by id.
+    const struct {
+        int pageId;
+        const char* text;
+    } tabs[] = {
+        {BodyWidget::HomePage, "Label_1000100"},   {BodyWidget::BasicPage, "Label_1000101"},
+        {BodyWidget::SerialPage, "Label_1000102"}, {BodyWidget::WifiPage, "Label_1000105"},
+        {BodyWidget::VoicePage, "Label_1000106"},  {BodyWidget::CanPage, "Label_1000107"},
+    };
+    for (const auto& entry : tabs) {
+        tab->addTab(new HeadTabWidget(entry.pageId, entry.text, tab), QString());
+    }
+}
+
+void HeadWidget::TranslateUI()
+{
+    for (int i = 0; i < m_menu->count(); ++i) {
+        if (auto* tab = qobject_cast<HeadTabWidget*>(m_menu->widget(i))) {
+            m_menu->setTabText(i, MoskTranslator::Translate(tab->GetText()));
+        }
+    }
+}
+
+void HeadWidget::Init()
+{
+    m_menu->setCurrentIndex(0);
+    // The first tab is current already, so the menu has not emitted anything.
+    OnCurrentIndexChanged(0);
+}
+
+void HeadWidget::OnCurrentIndexChanged(int /*index*/)
+{
+    if (auto* tab = qobject_cast<HeadTabWidget*>(m_menu->currentWidget())) {
+        m_mainWindow->GetBody()->OpenPage(tab->GetPageId());
+    }
+}
+
+// A plain QWidget subclass is painted by the style sheet only when it asks for it.
+void HeadWidget::paintEvent(QPaintEvent* /*event*/)
+{
+    QStyleOption option;
+    option.initFrom(this);
+    QPainter painter(this);
+    style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+class QSettings;
+
+/// The program's own settings, kept in the group "sys" of /etc/mosk.ini. The one setting is
+/// `Language`: "english" or "chinese".
+class MoskSettings
+{
+public:
+    static MoskSettings* GetInstance();
+
+    /// The value of a key; empty when the key or the file is absent.
+    QString GetValue(const QString& key);
+
+    /// Stores a value. GetValue() sees it at once; the file follows when QSettings next flushes.
+    void SetValue(const QString& key, const QString& value);
+
+private:
+    MoskSettings();
+
+    QSettings* m_settings;
+
+    static MoskSettings* s_instance;
+};

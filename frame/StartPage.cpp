@@ -1,0 +1,148 @@
+#include "frame/StartPage.h"
+
+#include "frame/MoskSettings.h"
+#include "frame/MoskTester.h"
+#include "frame/MoskTranslator.h"
+#include "instruments/MessageBoxes.h"
+#include "instruments/Shell.h"
+
+#include <QComboBox>
+#include <QFile>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTextStream>
+
+namespace
+{
+
+const char* const switchMarker = "/etc/sw2hmi";
+const char* const testEndMarker = "/etc/qttestend";
+
+QLabel* NewTitle(const QString& key, QWidget* parent)
+{
+    auto* title = new QLabel(MoskTranslator::Translate(key), parent);
+    title->setFixedSize(80, 30);
+    return title;
+}
+
+} // namespace
+
+bool StartPage::s_switchHmi = false;
+
+StartPage::StartPage(QWidget* parent) : QWidget(parent)
+{
+    auto* layout = new QGridLayout;
+    layout->setContentsMargins(40, 40, 40, 40);
+    layout->setSpacing(10);
+
+    layout->addWidget(NewTitle("Label_1000210", this), 0, 0);
+    m_language = new QComboBox(this);
+    m_language->setFixedSize(180, 30);
+    m_language->addItem(MoskTranslator::Translate("Label_1000211"));
+    m_language->addItem("English");
+    const bool isEnglish = MoskSettings::GetInstance()->GetValue("Language") == "english";
+    m_language->setCurrentIndex(isEnglish ? 1 : 0);
+    layout->addWidget(m_language, 0, 1);
+
+    AddTextRow(layout, 1, "Label_1000200", GetOsVersion());
+    AddTextRow(layout, 2, "Label_1000201", MoskTranslator::Translate("Label_1000202"));
+    QPushButton* reboot = AddButton(layout, 3, 0, "btnReboot", "Label_1000203");
+
+    int fillerRow = 4;
+    if (QFileInfo(testEndMarker).isFile()) {
+        m_testEnded = true;
+    } else {
+        QPushButton* switchHmi = AddButton(layout, 3, 1, "btnSwitchHMI", "Label_1000204");
+        connect(switchHmi, &QPushButton::clicked, this, &StartPage::OnBtSwitchHMIClicked);
+        QPushButton* testEnd = AddButton(layout, 4, 0, "btnTestEnd", "Label_1000207");
+        connect(testEnd, &QPushButton::clicked, this, &StartPage::OnBtTestEndClicked);
+        fillerRow = 5;
+    }
+
+    auto* filler = new QWidget(this);
+    filler->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    layout->addWidget(filler, fillerRow, 0, 1, 3);
+
+    setLayout(layout);
+    connect(m_language, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &StartPage::OnLanguageChanged);
+    connect(reboot, &QPushButton::clicked, this, &StartPage::OnBtRebootClicked);
+}
+
+void StartPage::AddTextRow(QGridLayout* layout, int row, const QString& titleKey,
+                           const QString& text)
+{
+    layout->addWidget(NewTitle(titleKey, this), row, 0);
+    auto* label = new QLabel(text, this);
+    label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    layout->addWidget(label, row, 1, 1, 2);
+}
+
+QPushButton* StartPage::AddButton(QGridLayout* layout, int row, int column, const QString& name,
+                                  const QString& textKey)
+{
+    auto* button = new QPushButton(MoskTranslator::Translate(textKey), this);
+    button->setObjectName(name);
+    button->setFixedSize(100, 40);
+    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    layout->addWidget(button, row, column);
+    return button;
+}
+
+QString StartPage::GetOsVersion()
+{
+    const QString builtIn = "V1.1 Build 2022-10-18";
+    QFile file("/proc/version");
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return builtIn;
+    }
+    const QStringList words = QTextStream(&file).readLine().split(' ');
+    const int count = words.size();
+    if (count <= 6) {
+        return builtIn;
+    }
+    return QString("%1 %2 %3 %4 %5 %6")
+        .arg(words[count - 6], words[count - 5], words[count - 4], words[count - 3],
+             words[count - 2], words[count - 1]);
+}
+
+void StartPage::OnLanguageChanged(int index)
+{
+    MoskSettings::GetInstance()->SetValue("Language", index == 1 ? "english" : "chinese");
+    MoskTranslator::Reload();
+    g_mainwnd->TranslateUI();
+}
+
+void StartPage::OnBtRebootClicked(bool /*checked*/)
+{
+    RunShell("sync");
+    RunShell("reboot");
+}
+
+void StartPage::OnBtSwitchHMIClicked(bool /*checked*/)
+{
+    ConfirmOnce(s_switchHmi, "Label_1000206", "Label_1000205", switchMarker);
+}
+
+void StartPage::OnBtTestEndClicked(bool /*checked*/)
+{
+    ConfirmOnce(m_testEnded, "Label_1000208", "Label_1000209", testEndMarker);
+}
+
+void StartPage::ConfirmOnce(bool& confirmed, const QString& question, const QString& confirmedText,
+                            const QByteArray& markerFile)
+{
+    if (confirmed) {
+        QMessageBox::information(this, MoskTranslator::Translate("Label_1010000"),
+                                 MoskTranslator::Translate(confirmedText), QMessageBox::Ok);
+        return;
+    }
+    if (AskOperator(this, MoskTranslator::Translate(question))) {
+        RunShell("touch " + markerFile);
+        RunShell("sync");
+        confirmed = true;
+    }
+}

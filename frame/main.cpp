@@ -1,0 +1,34 @@
+#include "frame/MoskTester.h"
+#include "frame/MoskTranslator.h"
+
+#include <QApplication>
+#include <QFile>
+
+namespace
+{
+
+/// Gives the application its look. Without a readable style sheet the program runs unstyled.
+void ApplyStyleSheet(QApplication& application)
+{
+    QFile file(":/qss/style.qss");
+    if (!file.open(QIODevice::ReadOnly)) {
+        return;
+    }
+    application.setStyleSheet(QString::fromLatin1(file.readAll().constData()));
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // Both before the application exists, which picks its input method once.
+    qputenv("QT_IM_MODULE", "qtvirtualkeyboard");
+    QApplication application(argc, argv);
+
+    ApplyStyleSheet(application);
+    MoskTranslator::GetTranslator();
+
+    g_mainwnd = new MoskTester(nullptr);
+    g_mainwnd->show();
+    return QApplication::exec();
+}

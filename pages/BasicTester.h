@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QWidget>
+
+class QComboBox;
+class QDateTime;
+class QGridLayout;
+class QLineEdit;
+class QPushButton;
+
+/// The board's quick checks on one grid: a row each, its result in the row's own line.
+class BasicTester : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit BasicTester(QWidget* parent);
+
+private slots:
+    void OnBtnUSBTestClicked(bool checked);
+    void OnBtnSDCardTestClicked(bool checked);
+    void OnBtnTouchCalcClicked(bool checked);
+    void OnBtnBeepTestClicked(bool checked);
+    void OnBtnTouchTestClicked(bool checked);
+    void OnBtnEmmcTestClicked(bool checked);
+    void OnBtnDdrTestClicked(bool checked);
+    void OnBtnNetTestClicked(bool checked);
+    void OnBtnGetRTCTestClicked(bool checked);
+    void OnBtnSetRTCTestClicked(bool checked);
+    void OnBtn4gTestClicked(bool checked);
+
+private:
+    QLineEdit* NewLine(const QString& text);
+    QPushButton* AddRow(QGridLayout* layout, int row, const QString& titleKey, QWidget* field,
+                        const QString& buttonKey, const QString& buttonName);
+    void Ping(QLineEdit* line, const QString& command);
+
+    QComboBox* m_rotation = nullptr;
+    QLineEdit* m_usb = nullptr;
+    QLineEdit* m_sdCard = nullptr;
+    QLineEdit* m_buzzer = nullptr;
+    QLineEdit* m_ethernet = nullptr;
+    QLineEdit* m_clockRead = nullptr;
+    QLineEdit* m_clockSet = nullptr;
+    QLineEdit* m_mobile = nullptr;
+    int m_beep = 0;
+};

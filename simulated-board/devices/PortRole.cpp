@@ -1,0 +1,100 @@
+#include "simulated-board/devices/PortRole.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+#include <poll.h>
+#include <unistd.h>
+
+namespace
+{
+
+void WriteAll(int descriptor, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno != EINTR) {
+            throw std::system_error(errno, std::generic_category(), "write");
+        }
+        bytes.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
+    }
+}
+
+/// Waits for bytes from the board.
+std::string ReadSome(int descriptor)
+{
+    char buffer[4096];
+    ssize_t count = 0;
+    do {
+        count = read(descriptor, buffer, sizeof buffer);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        throw std::system_error(errno, std::generic_category(), "read");
+    }
+    return {buffer, static_cast<std::size_t>(count)};
+}
+
+class Loopback : public PortRole
+{
+public:
+    void Run(int master) override
+    {
+        for (;;) {
+            WriteAll(master, ReadSome(master));
+        }
+    }
+};
+
+class Echo : public PortRole
+{
+public:
+    void Run(int master) override
+    {
+        std::string pending;
+        for (;;) {
+            pending += ReadSome(master);
+            for (auto end = pending.find('\n'); end != std::string::npos;
+                 end = pending.find('\n')) {
+                WriteAll(master, "echo: " + pending.substr(0, end + 1));
+                pending.erase(0, end + 1);
+            }
+        }
+    }
+};
+
+class Modem : public PortRole
+{
+public:
+    void Run(int master) override
+    {
+        for (;;) {
+            const std::string bytes = ReadSome(master);
+            FILE* received = std::fopen("/run/board/received/modem", "ab");
+            if (received == nullptr) {
+                throw std::system_error(errno, std::generic_category(), "received/modem");
+            }
+            std::fwrite(bytes.data(), 1, bytes.size(), received);
+            std::fclose(received);
+        }
+    }
+};
+
+} // namespace
+
+std::unique_ptr<PortRole> MakePortRole(const std::string& name,
+                                       const std::vector<std::string>& /*arguments*/)
+{
+    if (name == "loopback") {
+        return std::make_unique<Loopback>();
+    }
+    if (name == "echo") {
+        return std::make_unique<Echo>();
+    }
+    if (name == "modem") {
+        return std::make_unique<Modem>();
+    }
+    throw std::invalid_argument("no such role");
+}

@@ -99,14 +99,9 @@ QString StartPage::GetOsVersion()
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         return builtIn;
     }
-    const QStringList words = QTextStream(&file).readLine().split(' ');
-    const int count = words.size();
-    if (count <= 6) {
-        return builtIn;
-    }
-    return QString("%1 %2 %3 %4 %5 %6")
-        .arg(words[count - 6], words[count - 5], words[count - 4], words[count - 3],
-             words[count - 2], words[count - 1]);
+    const QString line = QTextStream(&file).readLine();
+    const QStringList words = line.split(' ', QString::KeepEmptyParts);
+    return words.size() > 6 ? QStringList(words.mid(words.size() - 6)).join(' ') : builtIn;
 }
 
 void StartPage::OnLanguageChanged(int index)

@@ -7,11 +7,7 @@
 
 QByteArray RunPing(QProcess* process, const QString& command)
 {
-    // The command as one string is how Qt 5.12 splits it; later versions offer another call.
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED
     process->start(command, QIODevice::ReadWrite);
-    QT_WARNING_POP
     if (!process->waitForFinished(30000)) {
         qWarning() << command << process->errorString();
     }

@@ -163,7 +163,7 @@ void BasicTester::OnBtnDdrTestClicked(bool /*checked*/) {}
 void BasicTester::OnBtnNetTestClicked(bool /*checked*/)
 {
     const QString target = m_ethernet->text();
-    if (target.split('.').size() != 4) {
+    if (target.split('.', QString::KeepEmptyParts).size() != 4) {
         return;
     }
     PaintPage();

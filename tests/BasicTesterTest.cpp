@@ -1,0 +1,496 @@
+#include "pages/BasicTester.h"
+#include "frame/MoskSettings.h"
+#include "simulated-board/Board.h"
+#include "tests/Operate.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QProcess>
+#include <QPushButton>
+
+namespace
+{
+
+const QColor black(0, 0, 0);
+const QColor green(12, 141, 66);
+const QColor red(255, 0, 0);
+
+enum Row { Usb, SdCard, Calibration, Buzzer, Touch, Ethernet, ClockRead, ClockSet, Mobile, Filler };
+
+} // namespace
+
+class BasicTesterTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void layoutHasARowForEachCheck_data();
+    void layoutHasARowForEachCheck();
+    void layoutHasTheMarginsOfTheGrid();
+    void calibrationIsNotOffered();
+
+    void usbCountsTheVendorLines_data();
+    void usbCountsTheVendorLines();
+    void usbWithoutTheDriverRunsNoCommand();
+    void usbListThatIsAFolderCountsNothing();
+    void usbShowsThatItIsDetecting();
+
+    void sdCountLeavesOutTheBoardsOwnEmmc_data();
+    void sdCountLeavesOutTheBoardsOwnEmmc();
+    void sdPartitionsAreNoCards();
+    void storageRowsCheckAgainAndStayBlack();
+
+    void ethernetAnswerIsNormal();
+    void ethernetWithoutAnswerIsAbnormal_data();
+    void ethernetWithoutAnswerIsAbnormal();
+    void ethernetTargetOfOtherFormIsLeftAlone_data();
+    void ethernetTargetOfOtherFormIsLeftAlone();
+    void ethernetVerdictIsNoTarget();
+    void everyWordingOfAPingIsJudged_data();
+    void everyWordingOfAPingIsJudged();
+    void busyBoxPingIsUnderstood();
+    void missingPingIsAbnormal();
+    void hangingPingIsGivenUp();
+    void pingTargetNeverReachesAShell();
+
+    void mobileSwitchesTheModemOnceInARun();
+    void mobileVerdictIsPingedAsAName();
+    void mobileTargetIsNotCheckedForItsForm();
+
+private:
+    QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page, row, 1); }
+    void Rebuild();
+
+    BasicTester* m_page = nullptr;
+};
+
+void BasicTesterTest::initTestCase()
+{
+    QFile style(":/qss/style.qss");
+    QVERIFY(style.open(QIODevice::ReadOnly));
+    qApp->setStyleSheet(style.readAll());
+}
+
+void BasicTesterTest::init()
+{
+    Board::Become("language english\n");
+    Board::ForgetCalls();
+    MoskTranslator::Reload();
+    Rebuild();
+}
+
+void BasicTesterTest::cleanup()
+{
+    delete m_page;
+    m_page = nullptr;
+    Board::RemoveTools();
+}
+
+void BasicTesterTest::Rebuild()
+{
+    delete m_page;
+    m_page = new BasicTester(nullptr);
+    m_page->resize(1024, 550);
+    m_page->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_page));
+}
+
+void BasicTesterTest::layoutHasARowForEachCheck_data()
+{
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("name");
+
+    const QString result = "The detection result is displayed here!";
+    QTest::newRow("USB") << 0 << "USB:" << result << "Detection"
+                         << "btnUsbTest";
+    QTest::newRow("SD") << 1 << "SD card:" << result << "Detection"
+                        << "btnSdCardTest";
+    QTest::newRow("calibration") << 2 << "Calibration:"
+                                 << ""
+                                 << "Start"
+                                 << "btnTouchCalc";
+    QTest::newRow("buzzer") << 3 << "Buzzer:" << result << "Detection"
+                            << "btnBeepTest";
+    QTest::newRow("touch") << 4 << "Touch:"
+                           << "Click the button on the right side to start the test!"
+                           << "Detection"
+                           << "btnTouchTest";
+    QTest::newRow("Ethernet") << 5 << "Ethernet:"
+                              << "192.168.10.1"
+                              << "Detection"
+                              << "btnEmmcTest";
+    QTest::newRow("get time") << 6 << "Get time:" << result << "Get"
+                              << "btnrRTCTest";
+    QTest::newRow("set time") << 7 << "Set time:"
+                              << "2022-01-01 00:00:00"
+                              << "Set"
+                              << "btnwRTCTest";
+    QTest::newRow("4G") << 8 << "4G:"
+                        << "dns.alidns.com"
+                        << "Detection"
+                        << "btn4gTest";
+}
+
+void BasicTesterTest::layoutHasARowForEachCheck()
+{
+    QFETCH(int, row);
+    QFETCH(QString, title);
+    QFETCH(QString, field);
+    QFETCH(QString, button);
+    QFETCH(QString, name);
+
+    auto* label = InGrid<QLabel>(m_page, row, 0);
+    QVERIFY(label != nullptr);
+    QCOMPARE(label->text(), title);
+    QCOMPARE(label->size(), QSize(100, 30));
+
+    if (row == Calibration) {
+        QVERIFY(InGrid<QComboBox>(m_page, row, 1) != nullptr);
+    } else {
+        QVERIFY(Field(Row(row)) != nullptr);
+        QCOMPARE(Field(Row(row))->text(), field);
+        QCOMPARE(TextColour(Field(Row(row))), black);
+    }
+
+    auto* pushButton = InGrid<QPushButton>(m_page, row, 2);
+    QVERIFY(pushButton != nullptr);
+    QCOMPARE(pushButton->text(), button);
+    QCOMPARE(pushButton->objectName(), name);
+    QCOMPARE(pushButton->size(), QSize(100, 30));
+}
+
+void BasicTesterTest::layoutHasTheMarginsOfTheGrid()
+{
+    QCOMPARE(m_page->layout()->contentsMargins(), QMargins(30, 20, 30, 20));
+    QCOMPARE(qobject_cast<QGridLayout*>(m_page->layout())->verticalSpacing(), 16);
+    QCOMPARE(InGrid<QLabel>(m_page, Usb, 0)->geometry().topLeft(), QPoint(30, 20));
+    QCOMPARE(InGrid<QLabel>(m_page, SdCard, 0)->geometry().top(), 20 + 30 + 16);
+    QVERIFY(InGrid<QWidget>(m_page, Filler, 2) != nullptr);
+}
+
+void BasicTesterTest::calibrationIsNotOffered()
+{
+    auto* rotation = InGrid<QComboBox>(m_page, Calibration, 1);
+    QCOMPARE(rotation->count(), 4);
+    QCOMPARE(rotation->itemText(3), QString("Rotation 3"));
+    QVERIFY(!rotation->isEnabled());
+    QVERIFY(!m_page->findChild<QPushButton*>("btnTouchCalc")->isEnabled());
+}
+
+void BasicTesterTest::usbCountsTheVendorLines_data()
+{
+    QTest::addColumn<QByteArray>("board");
+    QTest::addColumn<int>("count");
+
+    QTest::newRow("none") << QByteArray("") << 0;
+    QTest::newRow("driver only") << QByteArray("usb-storage\n") << 0;
+    QTest::newRow("one stick") << QByteArray("stick Kingston DataTraveler\n") << 1;
+    QTest::newRow("two sticks") << QByteArray("stick Kingston\nstick SanDisk Ultra\n") << 2;
+    QTest::newRow("card reader with four slots")
+        << QByteArray("stick Generic SD\nstick Generic CF\nstick Generic SM\nstick Generic MS\n")
+        << 4;
+}
+
+void BasicTesterTest::usbCountsTheVendorLines()
+{
+    QFETCH(QByteArray, board);
+    QFETCH(int, count);
+    Board::Become(board);
+
+    Press(m_page, "btnUsbTest");
+
+    QCOMPARE(Field(Usb)->text(),
+             QString("Detected that there is(are) %1 USB flash drive inserted!").arg(count));
+    QCOMPARE(TextColour(Field(Usb)), black);
+}
+
+void BasicTesterTest::usbWithoutTheDriverRunsNoCommand()
+{
+    Board::WriteFile("/proc/scsi/scsi", "  Vendor: Disk\n");
+    Board::PutTool("grep", "touch /tmp/grep-ran; exec /usr/bin/grep \"$@\"");
+
+    Press(m_page, "btnUsbTest");
+
+    QVERIFY(Field(Usb)->text().contains(" 0 "));
+    QVERIFY(!QFile::exists("/tmp/grep-ran"));
+}
+
+void BasicTesterTest::usbListThatIsAFolderCountsNothing()
+{
+    QDir().mkpath("/proc/scsi/usb-storage");
+    QDir().mkpath("/proc/scsi/scsi");
+
+    Press(m_page, "btnUsbTest");
+
+    QVERIFY(Field(Usb)->text().contains(" 0 "));
+}
+
+void BasicTesterTest::usbShowsThatItIsDetecting()
+{
+    Board::Become("stick Kingston\n");
+    QStringList shown;
+    connect(Field(Usb), &QLineEdit::textChanged, this,
+            [&shown](const QString& text) { shown += text; });
+
+    Press(m_page, "btnUsbTest");
+
+    QCOMPARE(shown.size(), 2);
+    QCOMPARE(shown[0], QString("Detecting..."));
+}
+
+void BasicTesterTest::sdCountLeavesOutTheBoardsOwnEmmc_data()
+{
+    QTest::addColumn<QByteArray>("board");
+    QTest::addColumn<int>("count");
+
+    QTest::newRow("no device at all") << QByteArray("") << 0;
+    QTest::newRow("eMMC alone") << QByteArray("mmc 0\n") << 0;
+    QTest::newRow("eMMC and a card") << QByteArray("mmc 0 1\n") << 1;
+    QTest::newRow("gap in the numbers") << QByteArray("mmc 0 5\n") << 1;
+    QTest::newRow("last number") << QByteArray("mmc 0 9\n") << 1;
+    QTest::newRow("beyond the last number") << QByteArray("mmc 0 10\n") << 0;
+    QTest::newRow("all ten") << QByteArray("mmc 0 1 2 3 4 5 6 7 8 9\n") << 9;
+}
+
+void BasicTesterTest::sdCountLeavesOutTheBoardsOwnEmmc()
+{
+    QFETCH(QByteArray, board);
+    QFETCH(int, count);
+    Board::Become(board);
+
+    Press(m_page, "btnSdCardTest");
+
+    QCOMPARE(Field(SdCard)->text(),
+             QString("Detected that there is(are) %1 SD card inserted!").arg(count));
+}
+
+void BasicTesterTest::sdPartitionsAreNoCards()
+{
+    Board::Become("mmc 0 0p1 0p2 1p1\n");
+
+    Press(m_page, "btnSdCardTest");
+
+    QVERIFY(Field(SdCard)->text().contains(" 0 "));
+}
+
+void BasicTesterTest::storageRowsCheckAgainAndStayBlack()
+{
+    Board::Become("mmc 0 1\n");
+    Press(m_page, "btnSdCardTest");
+    QVERIFY(Field(SdCard)->text().contains(" 1 "));
+
+    Board::Become("mmc 0\n");
+    Press(m_page, "btnSdCardTest");
+
+    QVERIFY(Field(SdCard)->text().contains(" 0 "));
+    QCOMPARE(TextColour(Field(SdCard)), black);
+}
+
+void BasicTesterTest::ethernetAnswerIsNormal()
+{
+    Board::Become("link eth0 192.168.10.2 192.168.10.1\n");
+
+    Press(m_page, "btnEmmcTest");
+
+    QCOMPARE(Field(Ethernet)->text(), QString("Normal!"));
+    QCOMPARE(TextColour(Field(Ethernet)), green);
+}
+
+void BasicTesterTest::ethernetWithoutAnswerIsAbnormal_data()
+{
+    QTest::addColumn<QByteArray>("board");
+    QTest::addColumn<QString>("target");
+
+    const QByteArray link = "link eth0 192.168.10.2 192.168.10.1\n";
+    QTest::newRow("no cable") << QByteArray("") << "192.168.10.1";
+    QTest::newRow("silent host") << link + "silent eth0 192.168.10.1\n"
+                                 << "192.168.10.1";
+    QTest::newRow("no such host") << link << "192.168.10.77";
+    QTest::newRow("not an address") << link << "a.b.c.d";
+    QTest::newRow("only through another interface")
+        << QByteArray("link usb0 192.168.10.2 192.168.10.1\n") << "192.168.10.1";
+}
+
+void BasicTesterTest::ethernetWithoutAnswerIsAbnormal()
+{
+    QFETCH(QByteArray, board);
+    QFETCH(QString, target);
+    Board::Become(board);
+    Field(Ethernet)->setText(target);
+
+    Press(m_page, "btnEmmcTest");
+
+    QCOMPARE(Field(Ethernet)->text(), QString("Abnormal!"));
+    QCOMPARE(TextColour(Field(Ethernet)), red);
+}
+
+void BasicTesterTest::ethernetTargetOfOtherFormIsLeftAlone_data()
+{
+    QTest::addColumn<QString>("target");
+
+    QTest::newRow("empty") << "";
+    QTest::newRow("three parts") << "10.0.0";
+    QTest::newRow("five parts") << "a.b.c.d.e";
+    QTest::newRow("a name") << "localhost";
+}
+
+void BasicTesterTest::ethernetTargetOfOtherFormIsLeftAlone()
+{
+    QFETCH(QString, target);
+    Board::PutTool("ping", "touch /tmp/ping-ran");
+    Field(Ethernet)->setText(target);
+
+    Press(m_page, "btnEmmcTest");
+
+    QCOMPARE(Field(Ethernet)->text(), target);
+    QCOMPARE(TextColour(Field(Ethernet)), black);
+    QVERIFY(!QFile::exists("/tmp/ping-ran"));
+}
+
+void BasicTesterTest::ethernetVerdictIsNoTarget()
+{
+    Board::Become("link eth0 192.168.10.2 192.168.10.1\n");
+    Press(m_page, "btnEmmcTest");
+    Board::PutTool("ping", "touch /tmp/ping-ran");
+
+    Press(m_page, "btnEmmcTest");
+
+    QCOMPARE(Field(Ethernet)->text(), QString("Normal!"));
+    QVERIFY(!QFile::exists("/tmp/ping-ran"));
+}
+
+void BasicTesterTest::everyWordingOfAPingIsJudged_data()
+{
+    QTest::addColumn<QByteArray>("output");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<bool>("good");
+
+    QTest::newRow("lower case") << QByteArray("64 bytes: seq=0 ttl=64 time=0.1 ms") << 0 << true;
+    QTest::newRow("upper case") << QByteArray("Reply: bytes=32 time<1ms TTL=128") << 0 << true;
+    QTest::newRow("mixed case") << QByteArray("64 bytes: Ttl=64") << 0 << false;
+    QTest::newRow("partial loss")
+        << QByteArray("64 bytes from 1.2.3.4: icmp_seq=2 ttl=64 time=1 ms\n2 packets "
+                      "transmitted, 1 received, 50% packet loss")
+        << 0 << true;
+    QTest::newRow("answer and a bad exit code") << QByteArray("ttl=64") << 1 << true;
+    QTest::newRow("total loss and a good exit code")
+        << QByteArray("2 packets transmitted, 0 received, 100% packet loss") << 0 << false;
+    QTest::newRow("unreachable") << QByteArray(
+                                        "From 192.168.10.2 icmp_seq=1 Destination Host Unreachable")
+                                 << 1 << false;
+    QTest::newRow("nothing") << QByteArray() << 0 << false;
+    QTest::newRow("answer behind a NUL") << QByteArray("\\0ttl=64") << 0 << false;
+    QTest::newRow("no text at all") << QByteArray("\\377\\376\\001") << 0 << false;
+}
+
+void BasicTesterTest::everyWordingOfAPingIsJudged()
+{
+    QFETCH(QByteArray, output);
+    QFETCH(int, exitCode);
+    QFETCH(bool, good);
+    Board::PutTool("ping", ". \"$BOARD_HOME/record.sh\"\nprintf '%b' '" + output + "'\nexit " +
+                               QByteArray::number(exitCode));
+
+    Press(m_page, "btnEmmcTest");
+
+    QCOMPARE(Field(Ethernet)->text(), QString(good ? "Normal!" : "Abnormal!"));
+    QCOMPARE(Board::Calls(), QStringList("ping -I eth0 192.168.10.1 -w 2 -c 2"));
+}
+
+void BasicTesterTest::busyBoxPingIsUnderstood()
+{
+    Board::Become("link eth0 192.168.10.2 192.168.10.1\n");
+    Board::PutTool("ping", "exec busybox ping \"$@\"");
+
+    Press(m_page, "btnEmmcTest");
+
+    QCOMPARE(Field(Ethernet)->text(), QString("Normal!"));
+}
+
+void BasicTesterTest::missingPingIsAbnormal()
+{
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", "/nowhere");
+
+    Press(m_page, "btnEmmcTest");
+    qputenv("PATH", path);
+
+    QCOMPARE(Field(Ethernet)->text(), QString("Abnormal!"));
+}
+
+void BasicTesterTest::hangingPingIsGivenUp()
+{
+    Board::PutTool("ping", "exec sleep 120");
+    QElapsedTimer timer;
+    timer.start();
+
+    Press(m_page, "btnEmmcTest");
+
+    QCOMPARE(Field(Ethernet)->text(), QString("Abnormal!"));
+    QVERIFY(timer.elapsed() >= 30000);
+    QCOMPARE(QProcess::execute("pkill", {"-f", "sleep 120"}), 0);
+}
+
+void BasicTesterTest::pingTargetNeverReachesAShell()
+{
+    Field(Ethernet)->setText("1.2.3.4;touch${IFS}/tmp/ran;$(touch /tmp/ran)`touch /tmp/ran`");
+
+    Press(m_page, "btnEmmcTest");
+
+    QCOMPARE(Field(Ethernet)->text(), QString("Abnormal!"));
+    QVERIFY(!QFile::exists("/tmp/ran"));
+}
+
+void BasicTesterTest::mobileSwitchesTheModemOnceInARun()
+{
+    Board::Become("link usb0 10.64.64.2 10.64.64.1\nhost dns.alidns.com 223.5.5.5\n"
+                  "port ttyUSB1 modem\n");
+    // The board's echo knows -e; this machine's sh prints it.
+    const QByteArray command = "AT+QNETDEVCTL=3,1,1\r\n\n";
+
+    Press(m_page, "btn4gTest");
+
+    QCOMPARE(Field(Mobile)->text(), QString("Normal!"));
+    QCOMPARE(TextColour(Field(Mobile)), green);
+    QTRY_VERIFY(QFile::exists("/run/board/received/modem"));
+    QTRY_VERIFY(Board::ReadFile("/run/board/received/modem").endsWith(command));
+
+    Rebuild();
+    Press(m_page, "btn4gTest");
+    QCOMPARE(Field(Mobile)->text(), QString("Normal!"));
+    QCOMPARE(Board::ReadFile("/run/board/received/modem").count("AT+"), 1);
+}
+
+void BasicTesterTest::mobileVerdictIsPingedAsAName()
+{
+    Board::Become("link usb0 10.64.64.2 10.64.64.1\nhost dns.alidns.com 223.5.5.5\n");
+    Press(m_page, "btn4gTest");
+    QCOMPARE(Field(Mobile)->text(), QString("Normal!"));
+
+    Press(m_page, "btn4gTest");
+
+    QCOMPARE(Field(Mobile)->text(), QString("Abnormal!"));
+    QCOMPARE(TextColour(Field(Mobile)), red);
+}
+
+void BasicTesterTest::mobileTargetIsNotCheckedForItsForm()
+{
+    Board::PutTool("ping", ". \"$BOARD_HOME/record.sh\"\necho ttl=1");
+    Field(Mobile)->setText("");
+
+    Press(m_page, "btn4gTest");
+
+    QCOMPARE(Board::Calls(), QStringList("ping -I usb0 -w 2 -c 2"));
+}
+
+QTEST_MAIN(BasicTesterTest)
+#include "BasicTesterTest.moc"

@@ -1,0 +1,143 @@
+#include "frame/MoskSettings.h"
+#include "simulated-board/Board.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QSettings>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+namespace
+{
+
+const char* const path = "/etc/mosk.ini";
+
+/// Changes the language back and forth until it is killed.
+int KeepWriting(int& argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QTimer timer;
+    bool english = false;
+    QObject::connect(&timer, &QTimer::timeout, [&english] {
+        english = !english;
+        MoskSettings::GetInstance()->SetValue("Language", english ? "english" : "chinese");
+    });
+    timer.start(0);
+    return QCoreApplication::exec();
+}
+
+} // namespace
+
+class MoskSettingsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void missingFileGivesAnEmptyLanguage();
+    void valueIsReadBackBeforeItReachesTheFile();
+    void valueReachesTheFile();
+    void keyOfAnotherGroupIsNotSeen_data();
+    void keyOfAnotherGroupIsNotSeen();
+    void folderInTheFilesPlaceIsNoFile();
+    void fileIsWholeWheneverTheProgramIsKilled();
+
+private:
+    /// What a program that starts now would read.
+    QString ReadAnew(const QByteArray& content);
+};
+
+QString MoskSettingsTest::ReadAnew(const QByteArray& content)
+{
+    Board::WriteFile(path, content);
+    QSettings(path, QSettings::IniFormat).sync();
+    return MoskSettings::GetInstance()->GetValue("Language");
+}
+
+void MoskSettingsTest::missingFileGivesAnEmptyLanguage()
+{
+    QFile::remove(path);
+
+    QCOMPARE(MoskSettings::GetInstance()->GetValue("Language"), QString());
+}
+
+void MoskSettingsTest::valueIsReadBackBeforeItReachesTheFile()
+{
+    MoskSettings::GetInstance()->SetValue("Language", "english");
+
+    QCOMPARE(MoskSettings::GetInstance()->GetValue("Language"), QString("english"));
+    QVERIFY(!QFile::exists(path));
+}
+
+void MoskSettingsTest::valueReachesTheFile()
+{
+    MoskSettings::GetInstance()->SetValue("Language", "english");
+
+    QTRY_VERIFY(QFile::exists(path));
+    QCOMPARE(Board::ReadFile(path), QByteArray("[sys]\nLanguage=english\n"));
+}
+
+void MoskSettingsTest::keyOfAnotherGroupIsNotSeen_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("language");
+
+    QTest::newRow("its own group") << QByteArray("[sys]\nLanguage=chinese\n") << "chinese";
+    QTest::newRow("outside any group") << QByteArray("Language=english\n") << "";
+    QTest::newRow("another group") << QByteArray("[other]\nLanguage=english\n") << "";
+    QTest::newRow("binary") << QByteArray("\xff\xfe\x00[sys\x01=\n\n]]=", 14) << "";
+    QTest::newRow("a megabyte without an end") << QByteArray(1 << 20, '[') << "";
+}
+
+void MoskSettingsTest::keyOfAnotherGroupIsNotSeen()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, language);
+
+    QCOMPARE(ReadAnew(content), language);
+}
+
+void MoskSettingsTest::folderInTheFilesPlaceIsNoFile()
+{
+    ReadAnew("[sys]\nLanguage=english\n");
+    QFile::remove(path);
+    QDir().mkdir(path);
+    QSettings(path, QSettings::IniFormat).sync();
+
+    MoskSettings::GetInstance()->SetValue("Language", "chinese");
+
+    QCOMPARE(MoskSettings::GetInstance()->GetValue("Language"), QString("chinese"));
+    QVERIFY(QDir().rmdir(path));
+}
+
+void MoskSettingsTest::fileIsWholeWheneverTheProgramIsKilled()
+{
+    Board::WriteFile(path, "[sys]\nLanguage=english\n");
+    for (int i = 0; i < 200; ++i) {
+        QProcess writer;
+        writer.start(QCoreApplication::applicationFilePath(), {"--keep-writing"});
+        QVERIFY(writer.waitForStarted());
+        // Some are killed while they start, most while they write.
+        QThread::msleep(QRandomGenerator::global()->bounded(60));
+        writer.kill();
+        QVERIFY(writer.waitForFinished());
+
+        const QByteArray content = Board::ReadFile(path);
+        QVERIFY2(content == "[sys]\nLanguage=english\n" || content == "[sys]\nLanguage=chinese\n",
+                 content.constData());
+    }
+}
+
+int main(int argc, char** argv)
+{
+    if (argc > 1 && qstrcmp(argv[1], "--keep-writing") == 0) {
+        return KeepWriting(argc, argv);
+    }
+    QCoreApplication application(argc, argv);
+    MoskSettingsTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "MoskSettingsTest.moc"

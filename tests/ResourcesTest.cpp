@@ -1,0 +1,121 @@
+#include <QDirIterator>
+#include <QFile>
+#include <QImage>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <set>
+
+namespace
+{
+
+const QByteArray mark = "\xef\xbb\xbf";
+
+QStringList KeysOf(const QString& language)
+{
+    QFile file(":/language/" + language + ".ini");
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    QStringList keys;
+    const QString text = QString::fromUtf8(file.readAll().mid(mark.size()));
+    for (const QString& line : text.split("\r\n")) {
+        if (!line.startsWith('#') && line.contains('=')) {
+            keys += line.section('=', 0, 0);
+        }
+    }
+    return keys;
+}
+
+} // namespace
+
+class ResourcesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void filesBeginWithTheirMarkAndEndEveryLineInCrLf_data();
+    void filesBeginWithTheirMarkAndEndEveryLineInCrLf();
+    void bothLanguagesHaveTheSameKeys();
+    void everyKeyInTheCodeExists();
+    void imagesHaveTheirSizes_data();
+    void imagesHaveTheirSizes();
+};
+
+void ResourcesTest::filesBeginWithTheirMarkAndEndEveryLineInCrLf_data()
+{
+    QTest::addColumn<QString>("language");
+
+    QTest::newRow("english") << "english";
+    QTest::newRow("chinese") << "chinese";
+}
+
+void ResourcesTest::filesBeginWithTheirMarkAndEndEveryLineInCrLf()
+{
+    QFETCH(QString, language);
+    QFile file(":/language/" + language + ".ini");
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray content = file.readAll();
+
+    QVERIFY(content.startsWith(mark));
+    QVERIFY(content.endsWith("\r\n"));
+    QCOMPARE(content.count('\n'), content.count("\r\n"));
+    QCOMPARE(content.count('\r'), content.count("\r\n"));
+    const QRegularExpression form("^(|#.*|Label_1[0-9]{6}=.+)$");
+    for (const QString& line : QString::fromUtf8(content.mid(mark.size())).split("\r\n")) {
+        QVERIFY2(form.match(line).hasMatch(), qPrintable(line));
+    }
+}
+
+void ResourcesTest::bothLanguagesHaveTheSameKeys()
+{
+    const QStringList english = KeysOf("english");
+    QVERIFY(english.size() > 100);
+    QCOMPARE(english, KeysOf("chinese"));
+    QCOMPARE(std::set<QString>(english.begin(), english.end()).size(), size_t(english.size()));
+}
+
+void ResourcesTest::everyKeyInTheCodeExists()
+{
+    const QStringList keys = KeysOf("english");
+    const QRegularExpression key("Label_[0-9]{7}");
+    int found = 0;
+    for (const char* room : {"frame", "instruments", "pages"}) {
+        QDirIterator files(QString(SOURCE_DIR "/") + room, QDir::Files);
+        while (files.hasNext()) {
+            QFile file(files.next());
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            auto matches = key.globalMatch(QString::fromUtf8(file.readAll()));
+            while (matches.hasNext()) {
+                const QString used = matches.next().captured();
+                QVERIFY2(keys.contains(used), qPrintable(used + " in " + file.fileName()));
+                ++found;
+            }
+        }
+    }
+    QVERIFY(found > 30);
+}
+
+void ResourcesTest::imagesHaveTheirSizes_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QSize>("size");
+
+    QTest::newRow("logo") << "logo" << QSize(138, 70);
+    for (const char* name : {"arrow_up", "arrow_down", "arrow_left", "arrow_right"}) {
+        QTest::newRow(name) << name << QSize(10, 10);
+    }
+}
+
+void ResourcesTest::imagesHaveTheirSizes()
+{
+    QFETCH(QString, name);
+    QFETCH(QSize, size);
+    const QImage image(":/images/" + name + ".png");
+
+    QCOMPARE(image.size(), size);
+    QVERIFY(image.hasAlphaChannel());
+}
+
+QTEST_GUILESS_MAIN(ResourcesTest)
+#include "ResourcesTest.moc"

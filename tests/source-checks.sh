@@ -1,0 +1,30 @@
+#!/bin/sh
+# Checks the source itself:
+#
+#   source-checks.sh format|shell|tidy BUILD
+#
+# format: every C++ file as .clang-format says; shell: every script free of shellcheck's findings;
+# tidy: every C++ file that BUILD compiles free of clang-tidy's.
+set -eu
+
+cd "$(dirname "$0")/.."
+rooms="frame instruments pages simulated-board tests benchmarks"
+
+case $1 in
+format)
+    # shellcheck disable=SC2086 # words
+    find $rooms '(' -name '*.h' -o -name '*.cpp' ')' -exec clang-format --dry-run -Werror {} +
+    ;;
+shell)
+    # shellcheck disable=SC2086
+    find .ci packaging run.sh test.sh $rooms -type f \
+        -exec grep -lZE '^#!/bin/(ba)?sh|^# shellcheck shell=' {} + |
+        xargs -0 shellcheck -x --source-path=.
+    ;;
+tidy)
+    # Generated files lie in the build; what is not compiled there has no commands to check it with.
+    sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$2/compile_commands.json" | sort -u |
+        grep -v "^$(realpath "$2")" |
+        xargs -P "$(nproc)" -n 4 clang-tidy -p "$2" --quiet 2>/dev/null
+    ;;
+esac

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QLocalSocket>
+#include <QPoint>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+/// An operator at the running program: presses, types and reads from outside.
+///
+/// Widgets are named by selectors, as WidgetFinder.h tells. Each call returns once the program has
+/// taken it up, which is after everything asked for before has had its effect: the text read after
+/// a press is what the press came to. What a page puts off with a timer is waited for by Idle() or
+/// WaitForText(). A call that fails returns false or nothing, and Error() says why.
+class Operator
+{
+public:
+    explicit Operator(const QString& socketPath = DefaultSocketPath());
+
+    /// Where the program listens on the simulated board, or what OPERATOR_SOCKET says.
+    static QString DefaultSocketPath();
+
+    /// Waits until the program is up and shows its first page.
+    bool Connect(int limitMs = 15000);
+
+    /// Why the last call failed; empty when it did not.
+    QString Error() const { return m_error; }
+
+    /// How long calls wait for the program. Longer than the longest check takes, 30 s.
+    void SetLimit(int limitMs) { m_limit = limitMs; }
+
+    QString Text(const QString& widget);
+    QVariant Property(const QString& widget, const QString& property);
+    QStringList Items(const QString& widget);
+    QList<QStringList> Cells(const QString& widget);
+    /// How many widgets a selector matches.
+    int Count(const QString& widget);
+    /// Class, name, place, state and text of the widgets that a selector matches, or of all.
+    QJsonArray List(const QString& widget = QString());
+
+    bool Click(const QString& widget);
+    bool ClickAt(const QString& widget, const QPoint& place);
+    bool ClickTab(const QString& widget, int index);
+    /// Chooses an item of a combo box.
+    bool Choose(const QString& widget, int index);
+    bool Choose(const QString& widget, const QString& item);
+    /// Types a text in the place of what stands in a field.
+    bool SetText(const QString& widget, const QString& text);
+    /// Presses a key, named as in shortcuts: "Return", "Ctrl+A".
+    bool PressKey(const QString& key);
+    /// Presses a button of the open box, by its role ("Yes", "No", "Ok") or the text on it.
+    bool PressBoxButton(const QString& button);
+    bool OpenPage(int id);
+    bool Resize(int width, int height);
+
+    /// Waits until the program has nothing left to do.
+    bool Idle();
+
+    /// The whole screen as a PNG file's bytes.
+    QByteArray Screenshot();
+    /// Writes the whole screen to a PNG file.
+    bool Screenshot(const QString& path);
+
+    /// Waits until a widget shows a text, or one that `isWanted` accepts.
+    bool WaitForText(const QString& widget, const QString& text, int limitMs = 5000);
+    bool WaitForText(const QString& widget, const std::function<bool(const QString&)>& isWanted,
+                     int limitMs = 5000);
+
+    /// Sends one request and returns its value; undefined when it failed.
+    QJsonValue Ask(QJsonObject wish);
+
+private:
+    bool Do(const QJsonObject& wish);
+    QJsonValue Fail(const QString& error);
+    QByteArray ReadLine(int limitMs);
+
+    QString m_socketPath;
+    QLocalSocket m_socket;
+    QString m_error;
+    int m_limit = 35000;
+    int m_lastId = 0;
+};

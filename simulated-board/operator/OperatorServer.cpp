@@ -1,0 +1,450 @@
+#include "simulated-board/operator/OperatorServer.h"
+
+#include "simulated-board/operator/Finger.h"
+#include "simulated-board/operator/WidgetFinder.h"
+#include "simulated-board/operator/WidgetReader.h"
+
+#include <QAbstractButton>
+#include <QAbstractEventDispatcher>
+#include <QApplication>
+#include <QBuffer>
+#include <QComboBox>
+#include <QJsonDocument>
+#include <QKeySequence>
+#include <QLocalSocket>
+#include <QMainWindow>
+#include <QMessageBox>
+#include <QMetaEnum>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTimer>
+#include <QWindow>
+
+namespace
+{
+
+/// Longer than the timers that the program uses to put work off to the next turn.
+const int settlingTime = 10;
+const int longestLine = 1 << 20;
+
+/// Why a finger at that place of the widget would not reach it; empty when it would.
+QString WhyOutOfReach(const QWidget* widget, const QPoint& place)
+{
+    if (!widget->isVisible()) {
+        return "is hidden";
+    }
+    if (!widget->isEnabled()) {
+        return "is disabled";
+    }
+    const QWidget* box = QApplication::activeModalWidget();
+    if (box != nullptr && QApplication::activePopupWidget() == nullptr && widget->window() != box) {
+        return "is behind a box";
+    }
+    const QWidget* there = QApplication::widgetAt(widget->mapToGlobal(place));
+    if (there == nullptr) {
+        return "lies outside the screen";
+    }
+    if (there != widget && !widget->isAncestorOf(there)) {
+        return QString("is covered by %1 \"%2\"")
+            .arg(there->metaObject()->className(), there->objectName());
+    }
+    return {};
+}
+
+/// Touches a place of a widget. Returns why it could not.
+QString TapAt(QWidget* widget, const QPoint& place)
+{
+    const QString reason = WhyOutOfReach(widget, place);
+    if (reason.isEmpty()) {
+        Finger::Tap(widget->window()->windowHandle(), widget->mapTo(widget->window(), place));
+    }
+    return reason;
+}
+
+QString Named(const QJsonObject& wish, const QString& reason)
+{
+    return QString("\"%1\" %2").arg(wish["widget"].toString(), reason);
+}
+
+/// A button of the front box by its role ("Yes", "Ok") or by the text on it.
+QAbstractButton* FindBoxButton(const QWidget* box, const QString& name)
+{
+    const auto* message = qobject_cast<const QMessageBox*>(box);
+    if (message != nullptr) {
+        bool isRole = false;
+        const int role = QMetaEnum::fromType<QMessageBox::StandardButtons>().keyToValue(
+            name.toLatin1().constData(), &isRole);
+        if (isRole) {
+            return message->button(static_cast<QMessageBox::StandardButton>(role));
+        }
+    }
+    for (auto* button : box->findChildren<QAbstractButton*>()) {
+        if (button->text().remove('&') == name) {
+            return button;
+        }
+    }
+    return nullptr;
+}
+
+QMainWindow* FindMainWindow()
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* window = qobject_cast<QMainWindow*>(widget)) {
+            return window;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+OperatorServer::OperatorServer(const QString& socketPath)
+{
+    connect(&m_server, &QLocalServer::newConnection, this, &OperatorServer::OnNewConnection);
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
+            &OperatorServer::OnAboutToWait);
+    // A program that was killed leaves its socket behind.
+    QLocalServer::removeServer(socketPath);
+    if (!m_server.listen(socketPath)) {
+        qWarning("operator: cannot listen at \"%s\": %s", qPrintable(socketPath),
+                 qPrintable(m_server.errorString()));
+    }
+}
+
+void OperatorServer::OnNewConnection()
+{
+    while (QLocalSocket* socket = m_server.nextPendingConnection()) {
+        connect(socket, &QLocalSocket::readyRead, this, [this, socket] { ReadLines(socket); });
+        connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+    }
+}
+
+void OperatorServer::ReadLines(QLocalSocket* socket)
+{
+    while (socket->canReadLine()) {
+        Request request;
+        request.from = socket;
+        QJsonParseError error{};
+        const QJsonDocument document = QJsonDocument::fromJson(socket->readLine(), &error);
+        if (document.isObject()) {
+            request.wish = document.object();
+        } else {
+            request.error = "not a JSON object: " + error.errorString();
+        }
+        m_waiting.append(request);
+    }
+    if (socket->bytesAvailable() > longestLine) {
+        Answer({socket, {}, {}, {}}, Failure("the line is too long"));
+        socket->abort();
+    }
+}
+
+void OperatorServer::OnAboutToWait()
+{
+    while (!m_waiting.isEmpty() && !Finger::IsOnItsWay()) {
+        // Off the list first: what a request does may run an event loop that comes here again.
+        Request request = m_waiting.takeFirst();
+        const Outcome outcome = request.error.isEmpty() ? Serve(request) : Failure(request.error);
+        if (outcome.isPending) {
+            m_waiting.prepend(request);
+            return;
+        }
+        Answer(request, outcome);
+        if (outcome.then) {
+            outcome.then();
+        }
+    }
+}
+
+void OperatorServer::Answer(const Request& request, const Outcome& outcome)
+{
+    if (request.from == nullptr) {
+        return;
+    }
+    QJsonObject answer{{"id", request.wish["id"]}};
+    if (outcome.error.isEmpty()) {
+        answer["value"] = outcome.value;
+    } else {
+        answer["error"] = outcome.error;
+    }
+    request.from->write(QJsonDocument(answer).toJson(QJsonDocument::Compact) + '\n');
+    request.from->flush();
+}
+
+OperatorServer::Outcome OperatorServer::Serve(Request& request)
+{
+    const QString what = request.wish["do"].toString();
+    if (what == "idle") {
+        return Idle(request);
+    }
+    if (what == "type") {
+        return Type(request);
+    }
+    const QJsonObject& wish = request.wish;
+    if (what == "text" || what == "property" || what == "items" || what == "cells") {
+        return Read(wish);
+    }
+    if (what == "list") {
+        return List(wish);
+    }
+    if (what == "click") {
+        return Tap(wish);
+    }
+    if (what == "tab") {
+        return TapTab(wish);
+    }
+    if (what == "choose") {
+        return Choose(wish);
+    }
+    if (what == "press") {
+        return PressBoxButton(wish);
+    }
+    if (what == "key") {
+        return PressKey(wish);
+    }
+    if (what == "page") {
+        return OpenPage(wish);
+    }
+    if (what == "resize") {
+        return Resize(wish);
+    }
+    if (what == "screenshot") {
+        return Screenshot();
+    }
+    return Failure(QString("cannot do \"%1\"").arg(what));
+}
+
+OperatorServer::Outcome OperatorServer::Failure(const QString& error)
+{
+    Outcome outcome;
+    outcome.error = error;
+    return outcome;
+}
+
+/// Answers once the event loop has come back to its waiting for a while, timers included.
+OperatorServer::Outcome OperatorServer::Idle(Request& request)
+{
+    Outcome outcome;
+    if (!request.begun.isValid()) {
+        request.begun.start();
+    }
+    const qint64 left = settlingTime - request.begun.elapsed();
+    if (left > 0) {
+        // Wakes the loop; nothing else may.
+        QTimer::singleShot(static_cast<int>(left), Qt::PreciseTimer, qApp, [] {});
+        outcome.isPending = true;
+    }
+    return outcome;
+}
+
+/// Taps the field, then types in the place of what stands there.
+OperatorServer::Outcome OperatorServer::Type(Request& request)
+{
+    Outcome outcome;
+    QWidget* field = WidgetFinder::Find(request.wish["widget"].toString(), &outcome.error);
+    if (field == nullptr) {
+        return outcome;
+    }
+    if (!request.begun.isValid()) {
+        request.begun.start();
+        const QString reason = TapAt(field, field->rect().center());
+        outcome.error = reason.isEmpty() ? QString() : Named(request.wish, reason);
+        outcome.isPending = reason.isEmpty();
+        return outcome;
+    }
+    // The window's, as the application has none while the window of a keyboard is in front.
+    const QWidget* focused = field->window()->focusWidget();
+    if (focused == nullptr || (focused != field && !field->isAncestorOf(focused))) {
+        return Failure(Named(request.wish, "does not take the focus"));
+    }
+    QWindow* window = field->window()->windowHandle();
+    Finger::PressKey(window, Qt::Key_A, Qt::ControlModifier, QChar(1));
+    Finger::PressKey(window, Qt::Key_Delete, Qt::NoModifier, QChar(0x7f));
+    Finger::Type(window, request.wish["text"].toString());
+    return outcome;
+}
+
+OperatorServer::Outcome OperatorServer::Read(const QJsonObject& wish)
+{
+    Outcome outcome;
+    const QWidget* widget = WidgetFinder::Find(wish["widget"].toString(), &outcome.error);
+    if (widget == nullptr) {
+        return outcome;
+    }
+    const QString what = wish["do"].toString();
+    if (what == "text") {
+        outcome.value = WidgetReader::Text(widget);
+    } else if (what == "items") {
+        outcome.value = WidgetReader::Items(widget);
+    } else if (what == "cells") {
+        outcome.value = WidgetReader::Cells(widget);
+        if (outcome.value.isUndefined()) {
+            return Failure(Named(wish, "is no table"));
+        }
+    } else {
+        outcome.value = WidgetReader::Property(widget, wish["property"].toString());
+        if (outcome.value.isUndefined()) {
+            return Failure(
+                Named(wish, QString("has no property \"%1\"").arg(wish["property"].toString())));
+        }
+    }
+    return outcome;
+}
+
+OperatorServer::Outcome OperatorServer::List(const QJsonObject& wish)
+{
+    Outcome outcome;
+    QJsonArray list;
+    for (const QWidget* widget : WidgetFinder::FindAll(wish["widget"].toString(), &outcome.error)) {
+        list.append(WidgetReader::Describe(widget));
+    }
+    outcome.value = list;
+    return outcome;
+}
+
+OperatorServer::Outcome OperatorServer::Tap(const QJsonObject& wish)
+{
+    Outcome outcome;
+    QWidget* widget = WidgetFinder::Find(wish["widget"].toString(), &outcome.error);
+    if (widget == nullptr) {
+        return outcome;
+    }
+    const QPoint centre = widget->rect().center();
+    const QPoint place(wish["x"].toInt(centre.x()), wish["y"].toInt(centre.y()));
+    const QString reason = TapAt(widget, place);
+    if (!reason.isEmpty()) {
+        return Failure(Named(wish, reason));
+    }
+    return outcome;
+}
+
+OperatorServer::Outcome OperatorServer::TapTab(const QJsonObject& wish)
+{
+    Outcome outcome;
+    QWidget* widget = WidgetFinder::Find(wish["widget"].toString(), &outcome.error);
+    if (widget == nullptr) {
+        return outcome;
+    }
+    const auto* tabs = qobject_cast<QTabWidget*>(widget);
+    auto* bar = tabs != nullptr ? tabs->tabBar() : qobject_cast<QTabBar*>(widget);
+    if (bar == nullptr) {
+        return Failure(Named(wish, "has no tabs"));
+    }
+    const int index = wish["index"].toInt(-1);
+    if (index < 0 || index >= bar->count()) {
+        return Failure(Named(wish, QString("has %1 tabs").arg(bar->count())));
+    }
+    const QString reason = TapAt(bar, bar->tabRect(index).center());
+    if (!reason.isEmpty()) {
+        return Failure(Named(wish, reason));
+    }
+    return outcome;
+}
+
+OperatorServer::Outcome OperatorServer::Choose(const QJsonObject& wish)
+{
+    Outcome outcome;
+    QWidget* widget = WidgetFinder::Find(wish["widget"].toString(), &outcome.error);
+    if (widget == nullptr) {
+        return outcome;
+    }
+    QPointer<QComboBox> box = qobject_cast<QComboBox*>(widget);
+    if (box == nullptr) {
+        return Failure(Named(wish, "is no combo box"));
+    }
+    const QString reason = WhyOutOfReach(box, box->rect().center());
+    if (!reason.isEmpty()) {
+        return Failure(Named(wish, reason));
+    }
+    const QJsonValue item = wish["item"];
+    const int index = item.isString() ? box->findText(item.toString()) : item.toInt(-1);
+    if (index < 0 || index >= box->count()) {
+        return Failure(Named(wish, "has no such item"));
+    }
+    outcome.then = [box, index] {
+        box->setCurrentIndex(index);
+        // Only an operator's choice emits this, whatever was chosen before.
+        if (box != nullptr) {
+            QMetaObject::invokeMethod(box, "activated", Q_ARG(int, index));
+        }
+    };
+    return outcome;
+}
+
+OperatorServer::Outcome OperatorServer::PressBoxButton(const QJsonObject& wish)
+{
+    const QWidget* box = QApplication::activeModalWidget();
+    if (box == nullptr) {
+        return Failure("no box is open");
+    }
+    const QString name = wish["button"].toString();
+    QAbstractButton* button = FindBoxButton(box, name);
+    if (button == nullptr) {
+        return Failure(QString("the box has no button \"%1\"").arg(name));
+    }
+    const QString reason = TapAt(button, button->rect().center());
+    if (!reason.isEmpty()) {
+        return Failure(QString("the button \"%1\" %2").arg(name, reason));
+    }
+    return {};
+}
+
+OperatorServer::Outcome OperatorServer::PressKey(const QJsonObject& wish)
+{
+    const QKeySequence keys(wish["key"].toString());
+    QWindow* window = QGuiApplication::focusWindow();
+    if (keys.isEmpty() || keys[0] == Qt::Key_unknown) {
+        return Failure(QString("no key \"%1\"").arg(wish["key"].toString()));
+    }
+    if (window == nullptr) {
+        return Failure("no window has the focus");
+    }
+    const int modifiers = keys[0] & static_cast<int>(Qt::KeyboardModifierMask);
+    Finger::PressKey(window, keys[0] & ~modifiers, Qt::KeyboardModifiers(modifiers), {});
+    return {};
+}
+
+OperatorServer::Outcome OperatorServer::OpenPage(const QJsonObject& wish)
+{
+    Outcome outcome;
+    const QPointer<QWidget> body = WidgetFinder::Find("bodyWidget", &outcome.error);
+    if (body == nullptr) {
+        return outcome;
+    }
+    if (!wish["page"].isDouble()) {
+        return Failure("\"page\" is no number");
+    }
+    // A page that is deleted under the loop of its own box takes the program with it.
+    if (QApplication::activeModalWidget() != nullptr) {
+        return Failure("a box is open");
+    }
+    const int page = wish["page"].toInt();
+    outcome.then = [body, page] {
+        QMetaObject::invokeMethod(body, "OpenPage", Qt::DirectConnection, Q_ARG(int, page));
+    };
+    return outcome;
+}
+
+OperatorServer::Outcome OperatorServer::Resize(const QJsonObject& wish)
+{
+    QMainWindow* window = FindMainWindow();
+    const QSize size(wish["width"].toInt(), wish["height"].toInt());
+    if (window == nullptr || size.isEmpty()) {
+        return Failure("no main window, or no size");
+    }
+    window->resize(size);
+    return {};
+}
+
+OperatorServer::Outcome OperatorServer::Screenshot()
+{
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    if (!WidgetReader::PaintScreen().save(&buffer, "PNG")) {
+        return Failure("the picture cannot be saved");
+    }
+    Outcome outcome;
+    outcome.value = QString::fromLatin1(png.toBase64());
+    return outcome;
+}

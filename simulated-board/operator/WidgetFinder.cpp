@@ -1,0 +1,124 @@
+#include "simulated-board/operator/WidgetFinder.h"
+
+#include <QApplication>
+#include <QRegularExpression>
+#include <QWidget>
+
+#include <algorithm>
+#include <tuple>
+
+namespace
+{
+
+struct Step {
+    QString name;
+    int index = 0;
+};
+
+bool ReadSteps(const QString& selector, QList<Step>& steps)
+{
+    static const QRegularExpression form(R"(^([^\[\]\s]+)(?:\[(\d{1,6})\])?$)");
+    for (const QString& word : selector.simplified().split(' ')) {
+        const QRegularExpressionMatch match = form.match(word);
+        if (!match.hasMatch()) {
+            return false;
+        }
+        steps.append({match.captured(1), match.captured(2).toInt()});
+    }
+    return true;
+}
+
+/// How far behind the front window the widget's own window lies.
+int Depth(const QWidget* widget)
+{
+    const QWidget* window = widget->window();
+    if (window == QApplication::activePopupWidget()) {
+        return 0;
+    }
+    return window == QApplication::activeModalWidget() ? 1 : 2;
+}
+
+auto ReadingPlace(const QWidget* widget)
+{
+    const QPoint centre = widget->mapTo(widget->window(), widget->rect().center());
+    return std::make_tuple(!widget->isVisible(), Depth(widget), centre.y(), centre.x());
+}
+
+/// Every widget of every window, each after its parent.
+QList<QWidget*> AllWidgets()
+{
+    QList<QWidget*> widgets;
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        widgets.append(window);
+        for (auto* child : window->findChildren<QWidget*>()) {
+            if (child->window() == window) {
+                widgets.append(child);
+            }
+        }
+    }
+    return widgets;
+}
+
+/// The widgets below `parent`, or all, that bear the name or are of the class, in reading order.
+QList<QWidget*> Matching(const QString& name, const QWidget* parent)
+{
+    QList<QWidget*> matches;
+    for (QWidget* widget : AllWidgets()) {
+        const bool isBelow =
+            parent == nullptr || (widget != parent && parent->isAncestorOf(widget));
+        if (isBelow && (name.isEmpty() || widget->objectName() == name ||
+                        widget->inherits(name.toLatin1().constData()))) {
+            matches.append(widget);
+        }
+    }
+    std::stable_sort(matches.begin(), matches.end(), [](const QWidget* left, const QWidget* right) {
+        return ReadingPlace(left) < ReadingPlace(right);
+    });
+    return matches;
+}
+
+} // namespace
+
+QWidget* WidgetFinder::Find(const QString& selector, QString* error)
+{
+    const QList<QWidget*> matches = FindAll(selector, error);
+    if (matches.isEmpty()) {
+        if (error->isEmpty()) {
+            *error = QString("no widget \"%1\"").arg(selector);
+        }
+        return nullptr;
+    }
+    QList<Step> steps;
+    ReadSteps(selector, steps);
+    const int index = steps.isEmpty() ? 0 : steps.last().index;
+    if (index >= matches.size()) {
+        *error = QString("no widget \"%1\": there are %2").arg(selector).arg(matches.size());
+        return nullptr;
+    }
+    return matches[index];
+}
+
+QList<QWidget*> WidgetFinder::FindAll(const QString& selector, QString* error)
+{
+    if (selector.trimmed().isEmpty()) {
+        return Matching({}, nullptr);
+    }
+    QList<Step> steps;
+    if (!ReadSteps(selector, steps)) {
+        *error = QString("\"%1\" is no selector").arg(selector);
+        return {};
+    }
+    QList<QWidget*> matches = Matching(steps.first().name, nullptr);
+    for (int i = 1; i < steps.size(); ++i) {
+        const Step& outer = steps[i - 1];
+        if (outer.index >= matches.size()) {
+            *error = QString("no widget \"%1\": there are %2 of \"%3\"")
+                         .arg(selector)
+                         .arg(matches.size())
+                         .arg(outer.name);
+            return {};
+        }
+        matches = Matching(steps[i].name, matches[outer.index]);
+    }
+    return matches;
+}

@@ -1,0 +1,9 @@
+#pragma once
+
+class Tour;
+
+// What the tour does at each page: it finds the page open in its first state, presses every check
+// and leaves the page as it is to be pictured.
+
+void VisitHome(Tour& tour);
+void VisitBasic(Tour& tour);

@@ -1,0 +1,27 @@
+#include "simulated-board/tour/Tour.h"
+#include "simulated-board/tour/Visits.h"
+
+#include <QCoreApplication>
+
+namespace
+{
+
+const int noTab = -1;
+
+// The pages in the order of the menu; those without a tab at the end.
+const QList<Tour::Page> pages{
+    {"home", 1, 0, VisitHome},
+    {"basic", 2, 1, VisitBasic},
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    if (argc != 2) {
+        qWarning("Usage: tour PICTURES");
+        return 2;
+    }
+    return Tour(QString::fromLocal8Bit(argv[1])).Walk(pages) ? 0 : 1;
+}

@@ -5,6 +5,7 @@
 #include "frame/MoskTranslator.h"
 #include "instruments/MessageBoxes.h"
 #include "instruments/Shell.h"
+#include "instruments/Title.h"
 
 #include <QComboBox>
 #include <QFile>
@@ -20,13 +21,7 @@ namespace
 
 const char* const switchMarker = "/etc/sw2hmi";
 const char* const testEndMarker = "/etc/qttestend";
-
-QLabel* NewTitle(const QString& key, QWidget* parent)
-{
-    auto* title = new QLabel(MoskTranslator::Translate(key), parent);
-    title->setFixedSize(80, 30);
-    return title;
-}
+const QSize titleSize(80, 30);
 
 } // namespace
 
@@ -38,7 +33,7 @@ StartPage::StartPage(QWidget* parent) : QWidget(parent)
     layout->setContentsMargins(40, 40, 40, 40);
     layout->setSpacing(10);
 
-    layout->addWidget(NewTitle("Label_1000210", this), 0, 0);
+    layout->addWidget(NewTitle("Label_1000210", titleSize, this), 0, 0);
     m_language = new QComboBox(this);
     m_language->setFixedSize(180, 30);
     m_language->addItem(MoskTranslator::Translate("Label_1000211"));
@@ -75,7 +70,7 @@ StartPage::StartPage(QWidget* parent) : QWidget(parent)
 void StartPage::AddTextRow(QGridLayout* layout, int row, const QString& titleKey,
                            const QString& text)
 {
-    layout->addWidget(NewTitle(titleKey, this), row, 0);
+    layout->addWidget(NewTitle(titleKey, titleSize, this), row, 0);
     auto* label = new QLabel(text, this);
     label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     layout->addWidget(label, row, 1, 1, 2);

@@ -2,6 +2,8 @@
 
 #include "frame/MoskTranslator.h"
 
+#include <QGridLayout>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSizePolicy>
@@ -12,6 +14,25 @@ namespace
 const char* const boxStyle = "QMessageBox{background-color:rgb(195, 195, 195);} "
                              "QLabel{min-width:300 px;min-height:100px; font-size: 24px;} "
                              "QPushButton{ width:100px; font-size: 24px; }";
+
+/// The style gives the text a least width, which the box then takes for all that it needs: without
+/// this a longer text is cut. Beyond 480 pixels the box breaks the text into lines itself.
+void MakeRoomForText(QMessageBox& box)
+{
+    auto* text = box.findChild<QLabel*>("qt_msgbox_label");
+    auto* layout = qobject_cast<QGridLayout*>(box.layout());
+    if (text == nullptr || layout == nullptr) {
+        return;
+    }
+    int row = 0;
+    int column = 0;
+    int rowSpan = 0;
+    int columnSpan = 0;
+    layout->getItemPosition(layout->indexOf(text), &row, &column, &rowSpan, &columnSpan);
+    text->ensurePolished();
+    const int width = qMin(text->sizeHint().width(), 480);
+    layout->addItem(new QSpacerItem(width, 0), layout->rowCount(), column, 1, columnSpan);
+}
 
 /// Runs a modal box of the program's look; `buttons` and their label keys in the same order.
 int RunBox(QWidget* parent, const QString& text,
@@ -24,6 +45,7 @@ int RunBox(QWidget* parent, const QString& text,
     }
     box.setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     box.setStyleSheet(boxStyle);
+    MakeRoomForText(box);
     return box.exec();
 }
 

@@ -4,6 +4,7 @@
 #include "instruments/Ping.h"
 #include "instruments/ResultField.h"
 #include "instruments/Shell.h"
+#include "instruments/Title.h"
 
 #include <QComboBox>
 #include <QFileInfo>
@@ -123,9 +124,7 @@ QPushButton* BasicTester::AddRow(QGridLayout* layout, int row, const QString& ti
                                  QWidget* field, const QString& buttonKey,
                                  const QString& buttonName)
 {
-    auto* title = new QLabel(MoskTranslator::Translate(titleKey), this);
-    title->setFixedSize(100, 30);
-    layout->addWidget(title, row, 0);
+    layout->addWidget(NewTitle(titleKey, {100, 30}, this), row, 0);
 
     field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     layout->addWidget(field, row, 1);

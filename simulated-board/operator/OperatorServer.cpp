@@ -71,11 +71,10 @@ QAbstractButton* FindBoxButton(const QWidget* box, const QString& name)
 {
     const auto* message = qobject_cast<const QMessageBox*>(box);
     if (message != nullptr) {
-        bool isRole = false;
         const int role = QMetaEnum::fromType<QMessageBox::StandardButtons>().keyToValue(
-            name.toLatin1().constData(), &isRole);
-        if (isRole) {
-            return message->button(static_cast<QMessageBox::StandardButton>(role));
+            name.toLatin1().constData());
+        if (auto* button = message->button(static_cast<QMessageBox::StandardButton>(role))) {
+            return button;
         }
     }
     for (auto* button : box->findChildren<QAbstractButton*>()) {

@@ -81,6 +81,10 @@ QList<QWidget*> Matching(const QString& name, const QWidget* parent)
 
 QWidget* WidgetFinder::Find(const QString& selector, QString* error)
 {
+    if (selector.trimmed().isEmpty()) {
+        *error = "no widget named";
+        return nullptr;
+    }
     const QList<QWidget*> matches = FindAll(selector, error);
     if (matches.isEmpty()) {
         if (error->isEmpty()) {
@@ -90,7 +94,7 @@ QWidget* WidgetFinder::Find(const QString& selector, QString* error)
     }
     QList<Step> steps;
     ReadSteps(selector, steps);
-    const int index = steps.isEmpty() ? 0 : steps.last().index;
+    const int index = steps.last().index;
     if (index >= matches.size()) {
         *error = QString("no widget \"%1\": there are %2").arg(selector).arg(matches.size());
         return nullptr;

@@ -24,6 +24,8 @@ MoskTester::MoskTester(QWidget* parent) : QMainWindow(parent)
     m_layout->setContentsMargins(0, 0, 0, 0);
     setCentralWidget(m_central);
     resize(MoskUtility::GetMainWindowSize());
+    // A page that would like more room than a small screen has is squeezed; the window stays.
+    layout()->setSizeConstraint(QLayout::SetNoConstraint);
 
     m_header = new HeadWidget(this);
     m_header->setObjectName("headerWidget");

@@ -4,6 +4,16 @@
 
 #include <QLabel>
 
+namespace
+{
+
+int TextWidth(const QLabel* label)
+{
+    return label->fontMetrics().horizontalAdvance(label->text());
+}
+
+} // namespace
+
 QLabel* NewTitle(const QString& key, const QSize& size, QWidget* parent)
 {
     auto* title = new QLabel(MoskTranslator::Translate(key), parent);
@@ -11,10 +21,9 @@ QLabel* NewTitle(const QString& key, const QSize& size, QWidget* parent)
 
     // The style sheet gives the font its size when it polishes the label.
     title->ensurePolished();
-    const int width = title->fontMetrics().horizontalAdvance(title->text());
-    if (width > size.width()) {
-        QFont font = title->font();
-        font.setStretch(100 * size.width() / width);
+    QFont font = title->font();
+    for (int stretch = 95; stretch >= 50 && TextWidth(title) > size.width(); stretch -= 5) {
+        font.setStretch(stretch);
         title->setFont(font);
     }
     return title;

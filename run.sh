@@ -40,4 +40,4 @@ packaging/install-packages run
 echo "Building in build/release"
 cmake --preset release -DBUILD_TESTING=OFF >/dev/null
 cmake --build --preset release
-simulated-board/show "$what" --size "$size" --port "$port"
+exec simulated-board/show "$what" --size "$size" --port "$port"

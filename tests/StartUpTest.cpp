@@ -1,0 +1,129 @@
+#include "simulated-board/Board.h"
+#include "simulated-board/operator/Operator.h"
+
+#include <QImage>
+#include <QProcess>
+#include <QTest>
+
+namespace
+{
+
+const QRgb headerBlue = qRgb(96, 168, 239);
+
+} // namespace
+
+/// The real program as it starts on boards and in builds that lack something.
+class StartUpTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void cleanup();
+
+    void programStartsWithoutAResource_data();
+    void programStartsWithoutAResource();
+    void languageIsTheBoards_data();
+    void languageIsTheBoards();
+    void windowCoversTheScreen();
+
+private:
+    void Start(const QString& program);
+
+    QProcess m_program;
+    Operator m_operator;
+};
+
+void StartUpTest::Start(const QString& program)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QT_PLUGIN_PATH", PLUGINS);
+    environment.insert("QT_QPA_GENERIC_PLUGINS", "operator:" + Operator::DefaultSocketPath());
+    m_program.setProcessEnvironment(environment);
+    m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_program.start(program, QStringList());
+    QVERIFY(m_program.waitForStarted());
+    QVERIFY2(m_operator.Connect(), qPrintable(m_operator.Error()));
+}
+
+void StartUpTest::cleanup()
+{
+    const bool isRunning = m_program.state() == QProcess::Running;
+    m_program.kill();
+    m_program.waitForFinished();
+    QVERIFY2(isRunning, "the program has ended");
+}
+
+void StartUpTest::programStartsWithoutAResource_data()
+{
+    QTest::addColumn<QString>("missing");
+    QTest::addColumn<bool>("styled");
+    QTest::addColumn<QString>("home");
+
+    QTest::newRow("style sheet") << "style" << false << "Home";
+    QTest::newRow("logo") << "logo" << true << "Home";
+    QTest::newRow("arrow") << "arrow_up" << true << "Home";
+    QTest::newRow("English") << "english" << true << QString::fromUtf8("首页");
+    QTest::newRow("Chinese") << "chinese" << true << "Home";
+    QTest::newRow("everything") << "everything" << false << "Label_1000100";
+}
+
+void StartUpTest::programStartsWithoutAResource()
+{
+    QFETCH(QString, missing);
+    QFETCH(bool, styled);
+    QFETCH(QString, home);
+    Board::Become("language english\n");
+
+    Start(QString(VARIANTS "/MoskTest-without-") + missing);
+
+    QCOMPARE(m_operator.Items("menuTab").value(0), home);
+    QVERIFY(m_operator.Count("btnReboot") == 1);
+    const QImage screen = QImage::fromData(m_operator.Screenshot());
+    QCOMPARE(screen.pixel(screen.width() - 3, 25) == headerBlue, styled);
+
+    // The rest of the program is there too.
+    QVERIFY(m_operator.ClickTab("menuTab", 1));
+    QVERIFY(m_operator.Click("btnUsbTest"));
+    QVERIFY(m_operator.Text("bodyWidget QLineEdit[0]").contains(" 0 "));
+}
+
+void StartUpTest::languageIsTheBoards_data()
+{
+    QTest::addColumn<QByteArray>("board");
+    QTest::addColumn<QString>("home");
+
+    const QString chinese = QString::fromUtf8("首页");
+    QTest::newRow("no settings file") << QByteArray("") << chinese;
+    QTest::newRow("English") << QByteArray("language english\n") << "Home";
+    QTest::newRow("Chinese") << QByteArray("language chinese\n") << chinese;
+    QTest::newRow("unknown") << QByteArray("language french\n") << chinese;
+    QTest::newRow("outside its group")
+        << QByteArray("file /etc/mosk.ini Language=english\\n") << chinese;
+}
+
+void StartUpTest::languageIsTheBoards()
+{
+    QFETCH(QByteArray, board);
+    QFETCH(QString, home);
+    Board::Become(board);
+
+    Start(PROGRAM);
+
+    QCOMPARE(m_operator.Items("menuTab").value(0), home);
+}
+
+void StartUpTest::windowCoversTheScreen()
+{
+    Board::Become("");
+
+    Start(PROGRAM);
+
+    for (const auto& [property, value] :
+         {std::pair("x", 0), {"y", 0}, {"width", 1024}, {"height", 600}}) {
+        QCOMPARE(m_operator.Property("MoskTester", property).toInt(), value);
+    }
+    QCOMPARE(QImage::fromData(m_operator.Screenshot()).size(), QSize(1024, 600));
+}
+
+QTEST_GUILESS_MAIN(StartUpTest)
+#include "StartUpTest.moc"

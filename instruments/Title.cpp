@@ -4,27 +4,24 @@
 
 #include <QLabel>
 
-namespace
-{
-
-int TextWidth(const QLabel* label)
-{
-    return label->fontMetrics().horizontalAdvance(label->text());
-}
-
-} // namespace
-
 QLabel* NewTitle(const QString& key, const QSize& size, QWidget* parent)
 {
     auto* title = new QLabel(MoskTranslator::Translate(key), parent);
     title->setFixedSize(size);
-
-    // The style sheet gives the font its size when it polishes the label.
-    title->ensurePolished();
-    QFont font = title->font();
-    for (int stretch = 95; stretch >= 50 && TextWidth(title) > size.width(); stretch -= 5) {
-        font.setStretch(stretch);
-        title->setFont(font);
-    }
+    NarrowText(title);
     return title;
+}
+
+void NarrowText(QWidget* widget)
+{
+    // The style sheet gives the font its size when it polishes the widget.
+    widget->ensurePolished();
+    QFont font = widget->font();
+    for (int stretch = 95; stretch >= 50; stretch -= 5) {
+        if (widget->sizeHint().width() <= widget->maximumWidth()) {
+            return;
+        }
+        font.setStretch(stretch);
+        widget->setFont(font);
+    }
 }

@@ -37,6 +37,7 @@ private slots:
     void homePageIsOpenAtTheStart();
     void tabOpensItsPage();
     void selectedTabKeepsItsPage();
+    void pageOpenedAgainByItsIdIsKept();
     void pagesWithoutTabOpenById_data();
     void pagesWithoutTabOpenById();
     void otherIdEmptiesTheBody_data();
@@ -210,6 +211,15 @@ void MainWindowTest::selectedTabKeepsItsPage()
 
     QVERIFY(page != nullptr);
     QCOMPARE(page->findChild<QLineEdit*>()->text(), QString("typed"));
+}
+
+void MainWindowTest::pageOpenedAgainByItsIdIsKept()
+{
+    QPointer<StartPage> page = m_window->findChild<StartPage*>();
+
+    m_window->GetBody()->OpenPage(BodyWidget::HomePage);
+
+    QVERIFY(page != nullptr);
 }
 
 void MainWindowTest::pagesWithoutTabOpenById_data()

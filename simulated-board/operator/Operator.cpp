@@ -62,7 +62,8 @@ QStringList Operator::Items(const QString& widget)
 QList<QStringList> Operator::Cells(const QString& widget)
 {
     QList<QStringList> rows;
-    for (const QJsonValue& row : Ask({{"do", "cells"}, {"widget", widget}}).toArray()) {
+    const QJsonArray cells = Ask({{"do", "cells"}, {"widget", widget}}).toArray();
+    for (const QJsonValue& row : cells) {
         rows.append(row.toVariant().toStringList());
     }
     return rows;

@@ -69,7 +69,8 @@ QString WidgetReader::Text(const QWidget* widget)
         ReadAs<QTableView>(widget, text,
                            [](const QTableView& table) {
                                QStringList lines;
-                               for (const QJsonValue& row : Cells(&table).toArray()) {
+                               const QJsonArray rows = Cells(&table).toArray();
+                               for (const QJsonValue& row : rows) {
                                    lines.append(row.toVariant().toStringList().join('\t'));
                                }
                                return lines.join('\n');

@@ -61,7 +61,8 @@ const Command commands[] = {
     {"list", 0, 1,
      [](Operator& program, const QStringList& words) {
          QStringList lines;
-         for (const QJsonValue& widget : program.List(words.value(0))) {
+         const QJsonArray widgets = program.List(words.value(0));
+         for (const QJsonValue& widget : widgets) {
              lines.append(Line(widget.toObject()));
          }
          return lines.join('\n');

@@ -54,6 +54,7 @@ private slots:
 
     void pressIsAnsweredWhileItsSlotBlocks();
     void readingSeesNoSlotHalfDone();
+    void pageIsThereForWhatComesWithItsTab();
     void twoPressesAreNoDoubleClick();
 
     void boxIsReadAndClosed_data();
@@ -318,6 +319,19 @@ void OperatorTest::readingSeesNoSlotHalfDone()
     QCOMPARE(answer["value"].toString(),
              QString("Detected that there is(are) 1 USB flash drive inserted!"));
     QCOMPARE(m_operator.Count("StartPage"), 1);
+}
+
+void OperatorTest::pageIsThereForWhatComesWithItsTab()
+{
+    // A page that is opened gets shown by an event of its own, a turn later.
+    QLocalSocket socket;
+    socket.connectToServer(socketPath);
+    QVERIFY(socket.waitForConnected());
+    Send(socket, R"({"do":"tab","widget":"menuTab","index":1})"
+                 "\n"
+                 R"({"do":"click","widget":"btnUsbTest"})"
+                 "\n");
+    QCOMPARE(Send(socket, {}), QByteArray("{\"value\":true}\n"));
 }
 
 void OperatorTest::twoPressesAreNoDoubleClick()

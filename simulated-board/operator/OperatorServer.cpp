@@ -20,6 +20,8 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <climits>
+
 namespace
 {
 
@@ -140,19 +142,37 @@ void OperatorServer::ReadLines(QLocalSocket* socket)
 
 void OperatorServer::OnAboutToWait()
 {
-    while (!m_waiting.isEmpty() && !Finger::IsOnItsWay()) {
-        // Off the list first: what a request does may run an event loop that comes here again.
-        Request request = m_waiting.takeFirst();
-        const Outcome outcome = request.error.isEmpty() ? Serve(request) : Failure(request.error);
-        if (outcome.isPending) {
-            m_waiting.prepend(request);
-            return;
-        }
-        Answer(request, outcome);
-        if (outcome.then) {
-            outcome.then();
-        }
+    if (m_waiting.isEmpty() || Finger::IsOnItsWay()) {
+        return;
     }
+    if (m_posted != Posted::TakenUp) {
+        // Events that the program has posted to itself may be left; this one comes after them.
+        if (m_posted == Posted::Unknown) {
+            QCoreApplication::postEvent(this, new QEvent(QEvent::User), INT_MIN);
+            m_posted = Posted::Waited;
+        }
+        return;
+    }
+    m_posted = Posted::Unknown;
+    // Off the list first: what a request does may run an event loop that comes here again.
+    Request request = m_waiting.takeFirst();
+    const Outcome outcome = request.error.isEmpty() ? Serve(request) : Failure(request.error);
+    if (outcome.isPending) {
+        m_waiting.prepend(request);
+        return;
+    }
+    Answer(request, outcome);
+    if (outcome.then) {
+        outcome.then();
+    }
+    if (!m_waiting.isEmpty()) {
+        QAbstractEventDispatcher::instance()->wakeUp();
+    }
+}
+
+void OperatorServer::customEvent(QEvent* /*event*/)
+{
+    m_posted = Posted::TakenUp;
 }
 
 void OperatorServer::Answer(const Request& request, const Outcome& outcome)

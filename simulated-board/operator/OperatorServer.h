@@ -28,6 +28,9 @@ class OperatorServer : public QObject
 public:
     explicit OperatorServer(const QString& socketPath);
 
+protected:
+    void customEvent(QEvent* event) override;
+
 private slots:
     void OnNewConnection();
     void OnAboutToWait();
@@ -49,6 +52,9 @@ private:
         bool isPending = false;
     };
 
+    /// What is known of the events that the program has posted to itself.
+    enum class Posted { Unknown, Waited, TakenUp };
+
     void ReadLines(QLocalSocket* socket);
     void Answer(const Request& request, const Outcome& outcome);
     Outcome Serve(Request& request);
@@ -69,4 +75,5 @@ private:
 
     QLocalServer m_server;
     QList<Request> m_waiting;
+    Posted m_posted = Posted::Unknown;
 };

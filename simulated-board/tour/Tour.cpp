@@ -40,6 +40,8 @@ bool Tour::Walk(const QList<Page>& pages)
 {
     QElapsedTimer walked;
     walked.start();
+    // A program that hangs is not waited for at each check anew for half a minute.
+    m_program.SetLimit(10000);
     if (!m_program.Connect()) {
         Print(m_program.Error());
         return false;
@@ -67,9 +69,11 @@ void Tour::ChooseLanguage(int item, const QString& language)
     m_language = language;
     m_labels = ReadLabels(language);
     m_page = "home";
-    m_program.ClickTab("menuTab", 0);
-    m_program.Choose("bodyWidget QComboBox", item);
-    m_program.Idle();
+    const bool isChosen = m_program.ClickTab("menuTab", 0) &&
+                          m_program.Choose("bodyWidget QComboBox", item) && m_program.Idle();
+    if (!isChosen) {
+        Check("choice", m_program.Error(), language);
+    }
     CheckText("language", "bodyWidget QLabel[0]", Label("Label_1000210"));
 }
 

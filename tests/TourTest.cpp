@@ -1,0 +1,98 @@
+#include "simulated-board/Board.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QTest>
+
+/// The tour at the real program, which the board starts again after each restart.
+class TourTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void goodBoardPasses();
+    void boardWithFaultsDoesNotPass();
+    void programThatDoesNotStartIsReported();
+
+private:
+    int TakeTour(const QByteArray& board);
+
+    QString m_home = QString::fromLocal8Bit(qgetenv("BOARD_HOME"));
+    QProcess m_program;
+    QStringList m_lines;
+};
+
+void TourTest::init()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QT_PLUGIN_PATH", PLUGINS);
+    environment.insert("QT_QPA_GENERIC_PLUGINS", "operator:/run/board/operator");
+    m_program.setProcessEnvironment(environment);
+    m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    QDir("/tmp/tour").removeRecursively();
+}
+
+void TourTest::cleanup()
+{
+    QProcess::execute("killall", {"-q", "MoskTest"});
+    m_program.waitForFinished();
+}
+
+int TourTest::TakeTour(const QByteArray& board)
+{
+    Board::Become(board);
+    m_program.start(m_home + "/start-program", {PROGRAM});
+    QProcess tour;
+    tour.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    tour.start(TOUR, {"/tmp/tour"});
+    if (!tour.waitForFinished(120000)) {
+        return -1;
+    }
+    m_lines = QString::fromUtf8(tour.readAllStandardOutput()).split('\n');
+    return tour.exitCode();
+}
+
+void TourTest::goodBoardPasses()
+{
+    const int status = TakeTour(Board::ReadFile(m_home + "/boards/default.board"));
+
+    QVERIFY2(status == 0, qPrintable(m_lines.join('\n')));
+    QVERIFY(m_lines.contains("home | reboot | sync, reboot | ok"));
+    QVERIFY(m_lines.contains(
+        "basic | USB | Detected that there is(are) 1 USB flash drive inserted! | ok"));
+    QVERIFY(m_lines.contains("basic | Ethernet | 正常！, ok | ok"));
+    const QStringList pictures = QDir("/tmp/tour").entryList({"*.png"});
+    for (const char* page : {"home", "basic"}) {
+        QVERIFY(pictures.contains(QString("%1-english.png").arg(page)));
+        QVERIFY(pictures.contains(QString("%1-chinese.png").arg(page)));
+    }
+}
+
+void TourTest::boardWithFaultsDoesNotPass()
+{
+    QCOMPARE(TakeTour("language english\nstick A\nstick B\nmmc 0 1\n"), 1);
+
+    QVERIFY2(m_lines.contains("basic | USB | Detected that there is(are) 2 USB flash drive "
+                              "inserted! | WRONG, expected \"Detected that there is(are) 1 USB "
+                              "flash drive inserted!\""),
+             qPrintable(m_lines.join('\n')));
+    QVERIFY(
+        m_lines.contains("basic | SD card | Detected that there is(are) 1 SD card inserted! | ok"));
+    QVERIFY(
+        m_lines.contains("basic | Ethernet | Abnormal!, error | WRONG, expected \"Normal!, ok\""));
+}
+
+void TourTest::programThatDoesNotStartIsReported()
+{
+    QProcess tour;
+    tour.start(TOUR, {"/tmp/tour"});
+    QVERIFY(tour.waitForFinished());
+    QCOMPARE(tour.exitCode(), 1);
+    QVERIFY(tour.readAllStandardOutput().startsWith("the program is not up"));
+}
+
+QTEST_GUILESS_MAIN(TourTest)
+#include "TourTest.moc"

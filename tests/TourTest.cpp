@@ -15,7 +15,6 @@ private slots:
 
     void goodBoardPasses();
     void boardWithFaultsDoesNotPass();
-    void programThatDoesNotStartIsReported();
 
 private:
     int TakeTour(const QByteArray& board);
@@ -83,15 +82,6 @@ void TourTest::boardWithFaultsDoesNotPass()
         m_lines.contains("basic | SD card | Detected that there is(are) 1 SD card inserted! | ok"));
     QVERIFY(
         m_lines.contains("basic | Ethernet | Abnormal!, error | WRONG, expected \"Normal!, ok\""));
-}
-
-void TourTest::programThatDoesNotStartIsReported()
-{
-    QProcess tour;
-    tour.start(TOUR, {"/tmp/tour"});
-    QVERIFY(tour.waitForFinished());
-    QCOMPARE(tour.exitCode(), 1);
-    QVERIFY(tour.readAllStandardOutput().startsWith("the program is not up"));
 }
 
 QTEST_GUILESS_MAIN(TourTest)

@@ -36,9 +36,10 @@ public:
     /// Judges the text that a widget shows.
     void CheckText(const QString& check, const QString& widget, const QString& expected);
 
-    /// Presses a button and judges the text that `field` shows at the end, within the time limit.
+    /// Presses a button and judges the text that `field` shows when its slot has returned, or
+    /// within the time limit for a check that goes on after it.
     void Press(const QString& check, const QString& button, const QString& field,
-               const QString& expected, int limitMs = 5000);
+               const QString& expected, int limitMs = 0);
 
     /// As Press(); the field's "status" must be `status` as well, which gives it its colour.
     void PressForStatus(const QString& check, const QString& button, const QString& field,

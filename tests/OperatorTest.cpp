@@ -1,17 +1,17 @@
 #include "simulated-board/operator/Operator.h"
 #include "simulated-board/Board.h"
+#include "tests/Program.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QJsonDocument>
-#include <QProcess>
 #include <QTest>
 
 namespace
 {
 
-const char* const socketPath = "/run/board/operator";
+const QString socketPath = Operator::DefaultSocketPath();
 const QRgb headerBlue = qRgb(96, 168, 239);
 const QRgb boxGrey = qRgb(195, 195, 195);
 const QString field = "bodyWidget QLineEdit[0]";
@@ -82,21 +82,14 @@ private:
     int Operate(const QStringList& words, QByteArray* output, QByteArray* errors);
 
     QProcess m_program;
-    Operator m_operator{socketPath};
+    Operator m_operator;
 };
 
 void OperatorTest::init()
 {
     Board::Become("language english\nstick Kingston\nmmc 0 1\n");
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("QT_PLUGIN_PATH", PLUGINS);
-    // Without OpenGL, and without a window of its own for the keyboard.
-    environment.insert("QT_QUICK_BACKEND", "software");
-    environment.insert("QT_VIRTUALKEYBOARD_DESKTOP_DISABLE", "1");
-    environment.insert("QT_QPA_GENERIC_PLUGINS", QString("operator:") + socketPath);
-    m_program.setProcessEnvironment(environment);
-    m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_program.start(PROGRAM, QStringList());
+    PutOperatorAt(m_program);
+    m_program.start(Built("MoskTest"), QStringList());
     QVERIFY(m_program.waitForStarted());
     QVERIFY2(m_operator.Connect(), qPrintable(m_operator.Error()));
 }
@@ -536,7 +529,7 @@ void OperatorTest::programThatEndsIsAnError()
     QCOMPARE(m_operator.Error(), QString("the program has gone"));
 
     // Killed, it left its socket behind; the next one listens there.
-    m_program.start(PROGRAM, QStringList());
+    m_program.start(Built("MoskTest"), QStringList());
     QVERIFY(m_program.waitForStarted());
     QVERIFY2(m_operator.Connect(), qPrintable(m_operator.Error()));
 }
@@ -556,7 +549,7 @@ void OperatorTest::waitingForATextTellsWhatStoodThere()
 int OperatorTest::Operate(const QStringList& words, QByteArray* output, QByteArray* errors)
 {
     QProcess process;
-    process.start(OPERATE, words);
+    process.start(Built("simulated-board/operate"), words);
     process.waitForFinished();
     *output = process.readAllStandardOutput();
     *errors = process.readAllStandardError();

@@ -1,8 +1,7 @@
 #include "simulated-board/Board.h"
-#include "simulated-board/operator/Operator.h"
+#include "tests/Program.h"
 
 #include <QImage>
-#include <QProcess>
 #include <QTest>
 
 namespace
@@ -35,12 +34,8 @@ private:
 
 void StartUpTest::Start(const QString& program)
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("QT_PLUGIN_PATH", PLUGINS);
-    environment.insert("QT_QPA_GENERIC_PLUGINS", "operator:" + Operator::DefaultSocketPath());
-    m_program.setProcessEnvironment(environment);
-    m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_program.start(program, QStringList());
+    PutOperatorAt(m_program);
+    m_program.start(Built(program), QStringList());
     QVERIFY(m_program.waitForStarted());
     QVERIFY2(m_operator.Connect(), qPrintable(m_operator.Error()));
 }
@@ -74,7 +69,7 @@ void StartUpTest::programStartsWithoutAResource()
     QFETCH(QString, home);
     Board::Become("language english\n");
 
-    Start(QString(VARIANTS "/MoskTest-without-") + missing);
+    Start("tests/MoskTest-without-" + missing);
 
     QCOMPARE(m_operator.Items("menuTab").value(0), home);
     QVERIFY(m_operator.Count("btnReboot") == 1);
@@ -107,7 +102,7 @@ void StartUpTest::languageIsTheBoards()
     QFETCH(QString, home);
     Board::Become(board);
 
-    Start(PROGRAM);
+    Start("MoskTest");
 
     QCOMPARE(m_operator.Items("menuTab").value(0), home);
 }
@@ -116,7 +111,7 @@ void StartUpTest::windowCoversTheScreen()
 {
     Board::Become("");
 
-    Start(PROGRAM);
+    Start("MoskTest");
 
     for (const auto& [property, value] :
          {std::pair("x", 0), {"y", 0}, {"width", 1024}, {"height", 600}}) {

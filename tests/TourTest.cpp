@@ -1,7 +1,7 @@
 #include "simulated-board/Board.h"
+#include "tests/Program.h"
 
 #include <QDir>
-#include <QProcess>
 #include <QTest>
 
 /// The tour at the real program, which the board starts again after each restart.
@@ -26,11 +26,7 @@ private:
 
 void TourTest::init()
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("QT_PLUGIN_PATH", PLUGINS);
-    environment.insert("QT_QPA_GENERIC_PLUGINS", "operator:/run/board/operator");
-    m_program.setProcessEnvironment(environment);
-    m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    PutOperatorAt(m_program);
     QDir("/tmp/tour").removeRecursively();
 }
 
@@ -43,10 +39,10 @@ void TourTest::cleanup()
 int TourTest::TakeTour(const QByteArray& board)
 {
     Board::Become(board);
-    m_program.start(m_home + "/start-program", {PROGRAM});
+    m_program.start(m_home + "/start-program", {Built("MoskTest")});
     QProcess tour;
     tour.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    tour.start(TOUR, {"/tmp/tour"});
+    tour.start(Built("simulated-board/tour"), {"/tmp/tour"});
     if (!tour.waitForFinished(120000)) {
         return -1;
     }

@@ -2,6 +2,7 @@
 
 #include "frame/BodyWidget.h"
 #include "frame/HeadWidget.h"
+#include "frame/KeyboardPanel.h"
 #include "frame/MoskUtility.h"
 
 #include <QTimer>
@@ -42,6 +43,8 @@ MoskTester::MoskTester(QWidget* parent) : QMainWindow(parent)
 
     m_timer = new QTimer(this);
     connect(m_timer, &QTimer::timeout, this, &MoskTester::OnTimer);
+
+    new KeyboardPanel(this);
 }
 
 BodyWidget* MoskTester::GetBody()

@@ -21,8 +21,10 @@ void ApplyStyleSheet(QApplication& application)
 
 int main(int argc, char** argv)
 {
-    // Both before the application exists, which picks its input method once.
+    // Both before the application exists, which picks its input method once. The keys are shown in
+    // the main window (KeyboardPanel), not in a full-screen window of the input method's own.
     qputenv("QT_IM_MODULE", "qtvirtualkeyboard");
+    qputenv("QT_VIRTUALKEYBOARD_DESKTOP_DISABLE", "1");
     QApplication application(argc, argv);
 
     ApplyStyleSheet(application);

@@ -1,0 +1,213 @@
+#include "frame/KeyboardPanel.h"
+
+#include <QAbstractScrollArea>
+#include <QApplication>
+#include <QDebug>
+#include <QEvent>
+#include <QInputMethod>
+#include <QMainWindow>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWidget>
+#include <QQuickWindow>
+#include <QSGRendererInterface>
+#include <QTimer>
+
+namespace
+{
+
+/// What stays free between a field and the keyboard.
+const int gap = 6;
+
+/// The field that typed text goes to; null where nothing takes any: a view that is only read can
+/// have the focus too.
+QWidget* FieldInFocus()
+{
+    QWidget* widget = QApplication::focusWidget();
+    return widget != nullptr && widget->testAttribute(Qt::WA_InputMethodEnabled) ? widget : nullptr;
+}
+
+/// Whether `object` is where the text of `field` is tapped, not a scroll bar beside it.
+bool IsTextOf(const QWidget* field, const QObject* object)
+{
+    const auto* area = qobject_cast<const QAbstractScrollArea*>(field);
+    return field != nullptr && object == (area != nullptr ? area->viewport() : field);
+}
+
+/// Has what is typed into `field` taken letter by letter: a completed word, its blank or a capital
+/// of the keyboard's own would spoil an address or a passphrase.
+void TakeAsTyped(QWidget* field)
+{
+    const Qt::InputMethodHints hints = field->inputMethodHints();
+    field->setInputMethodHints(hints | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase);
+}
+
+/// How far the content of a window must move up for `field` to end at `room` at the latest.
+/// `field` and `line`, the line of its text that is typed into, are where they are at rest. Of a
+/// field higher than the room the top is shown, or what brings the line in.
+int DistanceUp(const QRect& field, const QRect& line, int room)
+{
+    const int whole = field.bottom() + 1 + gap - room;
+    const int enough = qMax(field.top() - gap, line.bottom() + 1 + gap - room);
+    return qMax(0, qMin(whole, enough));
+}
+
+} // namespace
+
+KeyboardPanel::KeyboardPanel(QMainWindow* window) : QObject(window), m_window(window)
+{
+    m_settle = new QTimer(this);
+    m_settle->setSingleShot(true);
+    connect(m_settle, &QTimer::timeout, this, &KeyboardPanel::OnSettled);
+
+    const auto settle = QOverload<>::of(&QTimer::start);
+    const QInputMethod* method = QGuiApplication::inputMethod();
+    connect(method, &QInputMethod::visibleChanged, m_settle, settle);
+    connect(method, &QInputMethod::cursorRectangleChanged, m_settle, settle);
+    connect(qApp, &QGuiApplication::focusObjectChanged, m_settle, settle);
+    qApp->installEventFilter(this);
+}
+
+bool KeyboardPanel::eventFilter(QObject* watched, QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::FocusIn:
+        if (watched == FieldInFocus()) {
+            TakeAsTyped(FieldInFocus());
+        }
+        break;
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        if (watched->isWidgetType()) {
+            m_fingerOnPage = watched != m_keys;
+        }
+        break;
+    case QEvent::MouseButtonRelease:
+        m_fingerOnPage = false;
+        m_tapped = m_tapped || IsTextOf(FieldInFocus(), watched);
+        m_settle->start();
+        break;
+    case QEvent::WindowBlocked:
+        // The release of a finger that is still down goes to the box that blocks the window.
+        m_fingerOnPage = false;
+        m_settle->start();
+        break;
+    case QEvent::Move:
+        // The window's layout, which puts its content at the top whenever it is asked to.
+        if (watched == m_window->centralWidget()) {
+            MoveContent(m_distance);
+        }
+        [[fallthrough]];
+    case QEvent::Resize:
+    case QEvent::Hide:
+    case QEvent::WindowUnblocked:
+        if (m_keys != nullptr) {
+            m_settle->start();
+        }
+        break;
+    default:
+        break;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+// Comes when the event at hand has been dealt with. Nothing moves under a finger that is down on
+// the page, nor under an open list: the release, or the choice, would go to another place.
+void KeyboardPanel::OnSettled()
+{
+    if (m_fingerOnPage || QApplication::activePopupWidget() != nullptr) {
+        return;
+    }
+    if (m_tapped) {
+        m_tapped = false;
+        Open();
+    }
+    if (m_keys == nullptr) {
+        return;
+    }
+    if (IsWanted()) {
+        ShowBelow(FieldInFocus());
+    } else {
+        m_keys->hide();
+        MoveContent(0);
+    }
+}
+
+void KeyboardPanel::Open()
+{
+    if (FieldInFocus() == nullptr) {
+        return;
+    }
+    if (!m_tried) {
+        m_tried = true;
+        Load();
+        // The keys have not seen the field get the focus.
+        QGuiApplication::inputMethod()->update(Qt::ImQueryAll);
+    }
+    QGuiApplication::inputMethod()->show();
+    if (m_keys != nullptr && !m_keys->rootObject()->property("active").toBool()) {
+        Warn("the input method plug-in does not answer");
+    }
+}
+
+void KeyboardPanel::Load()
+{
+    // The board's platform has no OpenGL; keys are drawn as fast without.
+    QQuickWindow::setSceneGraphBackend(QSGRendererInterface::Software);
+    auto* keys = new QQuickWidget(m_window);
+    keys->engine()->setOutputWarningsToStandardError(false);
+    auto* component =
+        new QQmlComponent(keys->engine(), QUrl("qrc:/keyboard/KeyboardPanel.qml"), keys);
+    QObject* root = component->create();
+    keys->engine()->setOutputWarningsToStandardError(true);
+    if (root == nullptr) {
+        Warn(component->errorString().simplified());
+        delete keys;
+        return;
+    }
+    keys->setObjectName("keyboardPanel");
+    keys->setFocusPolicy(Qt::NoFocus);
+    keys->setResizeMode(QQuickWidget::SizeRootObjectToView);
+    keys->setContent(component->url(), component, root);
+    keys->hide();
+    m_keys = keys;
+}
+
+bool KeyboardPanel::IsWanted() const
+{
+    const QWidget* field = FieldInFocus();
+    return field != nullptr && field->window() == m_window &&
+           QApplication::activeModalWidget() == nullptr &&
+           m_keys->rootObject()->property("active").toBool();
+}
+
+void KeyboardPanel::ShowBelow(const QWidget* field)
+{
+    // The keys are as high as their width asks for.
+    m_keys->resize(m_window->width(), m_keys->height());
+    const int height = qRound(m_keys->rootObject()->property("keysHeight").toReal());
+    const int room = m_window->height() - height;
+    m_keys->setGeometry(0, room, m_window->width(), height);
+    m_keys->raise();
+    m_keys->show();
+
+    const QWidget* content = m_window->centralWidget();
+    const QRect whole(field->mapTo(content, QPoint(0, 0)), field->size());
+    const QRect line = field->inputMethodQuery(Qt::ImCursorRectangle).toRect();
+    MoveContent(qMin(DistanceUp(whole, line.translated(whole.topLeft()) & whole, room), height));
+}
+
+void KeyboardPanel::MoveContent(int distance)
+{
+    m_distance = distance;
+    m_window->centralWidget()->move(0, -distance);
+}
+
+void KeyboardPanel::Warn(const QString& reason)
+{
+    if (!m_warned) {
+        m_warned = true;
+        qWarning("No on-screen keyboard: %s", qPrintable(reason));
+    }
+}

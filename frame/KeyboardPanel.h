@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QObject>
+
+class QMainWindow;
+class QQuickWidget;
+class QTimer;
+
+/// The on-screen keyboard, in the lower part of the main window: a window of its own would turn the
+/// page black, as the board's screen has no compositor. It is loaded when a field is first tapped.
+/// While it is shown the window's content is moved up so far that the field typed into is in sight.
+class KeyboardPanel : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit KeyboardPanel(QMainWindow* window);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private slots:
+    void OnSettled();
+
+private:
+    void Open();
+    void Load();
+    bool IsWanted() const;
+    void ShowBelow(const QWidget* field);
+    void MoveContent(int distance);
+    void Warn(const QString& reason);
+
+    QMainWindow* m_window = nullptr;
+    QTimer* m_settle = nullptr;
+    QQuickWidget* m_keys = nullptr;
+    /// How far the content has been moved up.
+    int m_distance = 0;
+    bool m_tried = false;
+    bool m_warned = false;
+    /// A field was tapped since things last settled.
+    bool m_tapped = false;
+    bool m_fingerOnPage = false;
+};

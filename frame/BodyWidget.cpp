@@ -2,6 +2,8 @@
 
 #include "frame/StartPage.h"
 #include "pages/BasicTester.h"
+#include "pages/VncTester.h"
+#include "pages/WifiTester.h"
 
 #include <QPainter>
 #include <QStyleOption>
@@ -52,6 +54,10 @@ QWidget* BodyWidget::BuildPage(int id)
         return new StartPage(this);
     case BasicPage:
         return new BasicTester(this);
+    case WifiPage:
+        return new ToolWifiTest(this);
+    case RemoteAccessPage:
+        return new ToolVncTest(this);
     default:
         return nullptr;
     }

@@ -20,9 +20,6 @@
 namespace
 {
 
-/// A public name server: made to be reached from any network, and it answers pings.
-const char* const defaultMobileTarget = "dns.alidns.com";
-
 /// The SCSI devices that the kernel lists, once the USB storage driver is there.
 int CountUsbSticks()
 {
@@ -76,7 +73,7 @@ BasicTester::BasicTester(QWidget* parent) : QWidget(parent)
     m_ethernet = NewLine("192.168.10.1");
     m_clockRead = NewLine(resultText);
     m_clockSet = NewLine("2022-01-01 00:00:00");
-    m_mobile = NewLine(defaultMobileTarget);
+    m_mobile = NewLine(publicPingTarget);
 
     QPushButton* usbTest = AddRow(layout, 0, "Label_1000001", m_usb, "Label_1000003", "btnUsbTest");
     QPushButton* sdCardTest =

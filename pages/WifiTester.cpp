@@ -1,0 +1,281 @@
+#include "pages/WifiTester.h"
+
+#include "frame/MoskTranslator.h"
+#include "instruments/Ping.h"
+#include "instruments/ResultField.h"
+#include "instruments/Shell.h"
+
+#include <QComboBox>
+#include <QFile>
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QTextStream>
+
+#include <cstdio>
+#include <optional>
+#include <utility>
+
+namespace
+{
+
+/// The byte that an escape of the supplicant's client stands for, and the escape's length; a length
+/// of 0 when the client prints no such escape.
+struct Escape {
+    char byte = '\0';
+    int length = 0;
+};
+
+const std::pair<const char*, char> plainEscapes[] = {{"\\\"", '"'}, {"\\\\", '\\'}, {"\\e", '\033'},
+                                                     {"\\n", '\n'}, {"\\r", '\r'},  {"\\t", '\t'}};
+
+Escape ReadEscape(const QByteArray& text)
+{
+    if (text.startsWith("\\x")) {
+        const QByteArray byte = QByteArray::fromHex(text.mid(2, 2));
+        const bool isByte = byte.size() == 1 && byte.toHex() == text.mid(2);
+        // A command line cannot carry a zero byte.
+        return isByte && byte[0] != '\0' ? Escape{byte[0], 4} : Escape{};
+    }
+    for (const auto& [escape, byte] : plainEscapes) {
+        if (text.startsWith(escape)) {
+            return {byte, 2};
+        }
+    }
+    return {};
+}
+
+/// The bytes of a network's name as the supplicant's client prints it. The client escapes what it
+/// prints, but takes what stands between double quotes as it is.
+QByteArray SsidBytes(const QByteArray& printed)
+{
+    QByteArray ssid;
+    for (int i = 0; i < printed.size();) {
+        const Escape escape = ReadEscape(printed.mid(i, 4));
+        ssid += escape.length > 0 ? escape.byte : printed[i];
+        i += escape.length > 0 ? escape.length : 1;
+    }
+    return ssid;
+}
+
+/// Composes the command that sets a variable of network 0 to a value in double quotes; false when
+/// it does not fit. The value comes from the air or the keyboard: between the shell's single quotes
+/// nothing of it is run.
+bool ComposeSetNetwork(char (&command)[100], const char* variable, QByteArray value)
+{
+    if (value.contains('\0')) {
+        return false;
+    }
+    value.replace("'", "'\\''");
+    const int length =
+        std::snprintf(command, sizeof command, "wpa_cli -i wlan0 set_network 0 %s '\"%s\"'",
+                      variable, value.constData());
+    return length < static_cast<int>(sizeof command);
+}
+
+/// What the status line says of the supplicant's status; nothing when that cannot be told.
+std::optional<QString> StatusText(const QByteArray& status)
+{
+    if (!status.contains("COMPLETED") || !status.contains("ip_address")) {
+        return MoskTranslator::Translate("Label_1000709");
+    }
+    const int name = status.indexOf("ssid=") + 5;
+    const int end = name < 5 ? -1 : status.indexOf('\n', name);
+    if (end < 0) {
+        return std::nullopt;
+    }
+    return MoskTranslator::Translate("Label_1000710") + ' ' +
+           QString::fromUtf8(status.mid(name, end - name));
+}
+
+} // namespace
+
+ToolWifiTest::ToolWifiTest(QWidget* parent) : QWidget(parent)
+{
+    auto* layout = new QGridLayout(this);
+    layout->setContentsMargins(40, 20, 40, 20);
+    layout->setSpacing(20);
+
+    m_lineStatus = new QLineEdit(this);
+    m_comboSsid = new QComboBox(this);
+    m_linePassword = new QLineEdit(this);
+    m_linePingHost = new QLineEdit(publicPingTarget, this);
+    m_lineResult = new QLineEdit(this);
+
+    m_btnOpenWifi = AddRow(layout, 0, MoskTranslator::Translate("Label_1000700"), m_lineStatus,
+                           "Label_1000712", "m_btnOpenWifi");
+    QPushButton* scan = AddRow(layout, 1, MoskTranslator::Translate("Label_1000701"), m_comboSsid,
+                               "Label_1000702", "btnScan");
+    m_comboSsid->setFixedHeight(30);
+    m_comboSsid->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    QPushButton* connectNetwork = AddRow(layout, 2, MoskTranslator::Translate("Label_1000703"),
+                                         m_linePassword, "Label_1000704", "btnConnect");
+    QPushButton* ping = AddRow(layout, 3, "Ping:", m_linePingHost, "Label_1000705", "btnPing");
+    QPushButton* save = AddRow(layout, 4, MoskTranslator::Translate("Label_1000707"), m_lineResult,
+                               "Label_1000706", "btnSave");
+    QPushButton* refresh = AddButton(layout, 5, "Label_1000714", "btnRef");
+
+    auto* filler = new QWidget(this);
+    filler->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    layout->addWidget(filler, 8, 0, 1, 3);
+
+    m_isWifiEnabled = IsWifiEnable();
+    m_btnOpenWifi->setText(
+        MoskTranslator::Translate(m_isWifiEnabled ? "Label_1000713" : "Label_1000712"));
+
+    connect(m_btnOpenWifi, &QPushButton::clicked, this, &ToolWifiTest::OnBtnOpenClicked);
+    connect(scan, &QPushButton::clicked, this, &ToolWifiTest::OnBtnScanClicked);
+    connect(connectNetwork, &QPushButton::clicked, this, &ToolWifiTest::OnBtnConnectClicked);
+    connect(ping, &QPushButton::clicked, this, &ToolWifiTest::OnBtnPingClicked);
+    connect(save, &QPushButton::clicked, this, &ToolWifiTest::OnBtnSaveClicked);
+    connect(refresh, &QPushButton::clicked, this, &ToolWifiTest::OnBtnRefreshClicked);
+
+    OnLabelStatusRefreshed();
+}
+
+QPushButton* ToolWifiTest::AddRow(QGridLayout* layout, int row, const QString& title,
+                                  QWidget* field, const QString& buttonKey,
+                                  const QString& buttonName)
+{
+    auto* label = new QLabel(title, this);
+    label->setFixedSize(100, 30);
+    layout->addWidget(label, row, 0);
+
+    field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    layout->addWidget(field, row, 1);
+
+    return AddButton(layout, row, buttonKey, buttonName);
+}
+
+QPushButton* ToolWifiTest::AddButton(QGridLayout* layout, int row, const QString& textKey,
+                                     const QString& name)
+{
+    auto* button = new QPushButton(MoskTranslator::Translate(textKey), this);
+    button->setObjectName(name);
+    button->setFixedSize(100, 30);
+    layout->addWidget(button, row, 2);
+    return button;
+}
+
+bool ToolWifiTest::IsWifiEnable()
+{
+    QProcess process;
+    process.start("ifconfig", {"wlan0"}, QIODevice::ReadWrite);
+    bool isRunning = false;
+    do {
+        process.waitForReadyRead(1000);
+        while (process.canReadLine()) {
+            const QString line = QString::fromLocal8Bit(process.readLine());
+            isRunning = isRunning || line.contains("RUNNING", Qt::CaseInsensitive);
+        }
+    } while (process.state() != QProcess::NotRunning);
+    return isRunning;
+}
+
+void ToolWifiTest::OnLabelStatusRefreshed()
+{
+    if (!m_isWifiEnabled) {
+        m_lineStatus->setText(MoskTranslator::Translate("Label_1000709"));
+        return;
+    }
+    const auto output =
+        ReadShell("wpa_cli -i wlan0 status | grep 'wpa_state\\|ssid\\|ip_address' -w", 100);
+    if (!output) {
+        return;
+    }
+    // Of the 100 bytes the last is the end of the text; an earlier end counts as well.
+    const QByteArray status(output->left(99).constData());
+    if (const auto text = StatusText(status)) {
+        m_lineStatus->setText(*text);
+    }
+}
+
+void ToolWifiTest::OnBtnOpenClicked(bool /*checked*/)
+{
+    RunShell(m_isWifiEnabled ? "ifconfig wlan0 down" : "ifconfig wlan0 up");
+    m_isWifiEnabled = !m_isWifiEnabled;
+    m_btnOpenWifi->setText(
+        MoskTranslator::Translate(m_isWifiEnabled ? "Label_1000713" : "Label_1000712"));
+    OnLabelStatusRefreshed();
+    PaintPage();
+}
+
+void ToolWifiTest::OnBtnScanClicked(bool /*checked*/)
+{
+    if (!m_isWifiEnabled) {
+        return;
+    }
+    m_comboSsid->clear();
+    // No wait for the scan: the results are those that the supplicant has by now.
+    RunShell("wpa_cli -i wlan0 scan");
+    RunShell("wpa_cli -i wlan0 scan_results | awk '{print $5,$3}' > /tmp/wifi.ini");
+    QFile results("/tmp/wifi.ini");
+    if (results.open(QIODevice::ReadOnly) && results.size() != 0) {
+        QTextStream stream(&results);
+        stream.setCodec("UTF-8");
+        stream.readLine();
+        for (QString line = stream.readLine(); !line.isEmpty(); line = stream.readLine()) {
+            m_comboSsid->insertItem(m_comboSsid->count(), QIcon(), line);
+        }
+    }
+    results.close();
+    RunShell("rm /tmp/wifi.ini");
+}
+
+void ToolWifiTest::OnBtnConnectClicked(bool /*checked*/)
+{
+    if (!m_isWifiEnabled) {
+        return;
+    }
+    const QString ssid = m_comboSsid->currentText().split(' ').first();
+    const QString passphrase = m_linePassword->text();
+    if (ssid.isEmpty() || passphrase.isEmpty()) {
+        return;
+    }
+    // A name or passphrase cut short would never connect, and nobody would know why.
+    if (!ComposeSetNetwork(m_ssidCommand, "ssid", SsidBytes(ssid.toUtf8())) ||
+        !ComposeSetNetwork(m_pskCommand, "psk", passphrase.toUtf8())) {
+        m_lineStatus->setText(MoskTranslator::Translate("Label_1010002"));
+        return;
+    }
+    m_lineStatus->setText(MoskTranslator::Translate("Label_1000711"));
+    PaintPage();
+    RunShell("wpa_cli -i wlan0 remove_network all");
+    RunShell("wpa_cli -i wlan0 add_network");
+    RunShell(m_ssidCommand);
+    RunShell(m_pskCommand);
+    RunShell("wpa_cli -i wlan0 enable_network 0");
+    RunShell("udhcpc -i wlan0 -b");
+    OnLabelStatusRefreshed();
+}
+
+void ToolWifiTest::OnBtnSaveClicked(bool /*checked*/)
+{
+    if (m_isWifiEnabled) {
+        RunShell("wpa_cli -i wlan0 save_config");
+    }
+}
+
+void ToolWifiTest::OnBtnPingClicked(bool /*checked*/)
+{
+    bool answered = false;
+    if (m_isWifiEnabled) {
+        std::snprintf(m_pingCommand, sizeof m_pingCommand, "ping -I wlan0 %s -w 2 -c 2",
+                      m_linePingHost->text().toUtf8().constData());
+        QProcess process;
+        const QByteArray output = RunPing(&process, QString::fromUtf8(m_pingCommand));
+        answered = PingAnswered(QString::fromUtf8(output));
+    }
+    ShowVerdict(m_lineResult,
+                MoskTranslator::Translate(answered ? "Label_1010001" : "Label_1010002"), answered);
+    PaintPage();
+}
+
+void ToolWifiTest::OnBtnRefreshClicked(bool /*checked*/)
+{
+    if (m_isWifiEnabled) {
+        OnLabelStatusRefreshed();
+    }
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QWidget>
+
+class QComboBox;
+class QGridLayout;
+class QLineEdit;
+class QPushButton;
+
+/// The wireless interface wlan0: switched on and off, joined to a network through the supplicant's
+/// command line client, and tried with a ping.
+class ToolWifiTest : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ToolWifiTest(QWidget* parent);
+
+private slots:
+    void OnBtnScanClicked(bool checked);
+    void OnBtnConnectClicked(bool checked);
+    void OnBtnSaveClicked(bool checked);
+    void OnBtnPingClicked(bool checked);
+    void OnBtnOpenClicked(bool checked);
+    void OnBtnRefreshClicked(bool checked);
+
+private:
+    QPushButton* AddRow(QGridLayout* layout, int row, const QString& title, QWidget* field,
+                        const QString& buttonKey, const QString& buttonName);
+    QPushButton* AddButton(QGridLayout* layout, int row, const QString& textKey,
+                           const QString& name);
+    void OnLabelStatusRefreshed();
+    bool IsWifiEnable();
+
+    /// Measured once, when the page opens; from then on what the operator switched it to.
+    bool m_isWifiEnabled = false;
+    QLineEdit* m_lineStatus = nullptr;
+    QPushButton* m_btnOpenWifi = nullptr;
+    QComboBox* m_comboSsid = nullptr;
+    QLineEdit* m_linePassword = nullptr;
+    QLineEdit* m_linePingHost = nullptr;
+    QLineEdit* m_lineResult = nullptr;
+    char m_ssidCommand[100] = {};
+    char m_pskCommand[100] = {};
+    char m_pingCommand[100] = {};
+};

@@ -192,7 +192,7 @@ QByteArray SectionAt(const QByteArray& content, int pos)
     return section;
 }
 
-bool ReplaceFile(const QString& path, const QByteArray& content)
+void ReplaceFile(const QString& path, const QByteArray& content)
 {
     // Writes beside the file, synchronises and renames; through a symbolic link to its target. With
     // a folder that takes no new file nothing is written: in place it could end as half a file.
@@ -201,17 +201,16 @@ bool ReplaceFile(const QString& path, const QByteArray& content)
     const bool isThere = stat(QFile::encodeName(path).constData(), &old) == 0;
     if (!file.open(QIODevice::WriteOnly)) {
         qWarning() << path << file.errorString();
-        return false;
+        return;
     }
-    if (isThere && fchown(file.handle(), old.st_uid, old.st_gid) != 0) {
+    if (isThere && (fchown(file.handle(), old.st_uid, old.st_gid) != 0 ||
+                    fchmod(file.handle(), old.st_mode & 07777) != 0)) {
         qWarning("Cannot keep the owner of %s: %s", qPrintable(path), std::strerror(errno));
     }
-    file.write(content);
-    if (!file.commit()) {
+    // commit() alone would not notice that the last bytes found no room.
+    if (file.write(content) != content.size() || !file.flush() || !file.commit()) {
         qWarning() << path << file.errorString();
-        return false;
     }
-    return true;
 }
 
 } // namespace

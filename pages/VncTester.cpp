@@ -20,6 +20,13 @@ namespace
 const char* const vncServerPath = "/etc/vnclinuxfb.conf";
 const char* const frpClientPath = "/etc/frpc.ini";
 
+/// A value as an integer; 0 when it is none. The way over the text keeps a number beyond all
+/// integers from being cut down to one.
+int Number(const QSettings& settings, const QString& key)
+{
+    return settings.value(key).toString().toInt();
+}
+
 } // namespace
 
 ToolVncTest::ToolVncTest(QWidget* parent) : QWidget(parent)
@@ -58,6 +65,12 @@ QCheckBox* ToolVncTest::AddBox(QGridLayout* layout, int row, const QString& text
 {
     auto* box = new QCheckBox(MoskTranslator::Translate(textKey), this);
     box->setFixedSize(180, 30);
+    // The box keeps its size in every language and font: a text too long for it is set smaller.
+    box->ensurePolished();
+    for (int size = box->fontInfo().pixelSize(); box->sizeHint().width() > 180 && size > 8;
+         --size) {
+        box->setStyleSheet(QString("font-size: %1px;").arg(size));
+    }
     layout->addWidget(box, row, 0);
     return box;
 }
@@ -82,8 +95,8 @@ void ToolVncTest::LoadConfig()
     // Not a mere exists(): reading a pipe in the file's place would never end.
     if (QFileInfo(vncServerPath).isFile()) {
         const QSettings server(vncServerPath, QSettings::IniFormat);
-        m_enable->setChecked(server.value("enable").toInt() == 1);
-        m_security->setChecked(server.value("security").toInt() > 1);
+        m_enable->setChecked(Number(server, "enable") == 1);
+        m_security->setChecked(Number(server, "security") > 1);
         m_password->setText(server.value("password").toString());
     }
     if (QFileInfo(frpClientPath).isFile()) {

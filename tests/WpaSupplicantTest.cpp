@@ -1,0 +1,222 @@
+#include "frame/MoskSettings.h"
+#include "pages/WifiTester.h"
+#include "simulated-board/Board.h"
+#include "tests/Operate.h"
+
+#include <QComboBox>
+#include <QFileInfo>
+#include <QProcess>
+
+#include <algorithm>
+
+namespace
+{
+
+const char* const supplicantPath = "/usr/sbin/wpa_supplicant";
+const char* const clientPath = "/usr/sbin/wpa_cli";
+const char* const configurationPath = "/etc/wpa_supplicant.conf";
+
+QByteArray Ask(const QStringList& question)
+{
+    QProcess client;
+    client.start(clientPath, QStringList{"-i", "wlan0"} + question);
+    client.waitForFinished();
+    return client.readAll();
+}
+
+bool IsPrintable(const QByteArray& text)
+{
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+/// A name as the client lists it after a scan.
+QByteArray Escaped(const QByteArray& name)
+{
+    QByteArray text;
+    for (const char c : name) {
+        if (c == '"' || c == '\\') {
+            text += '\\';
+            text += c;
+        } else if (c == '\033') {
+            text += "\\e";
+        } else if (c == '\t') {
+            text += "\\t";
+        } else if (IsPrintable({1, c})) {
+            text += c;
+        } else {
+            text += "\\x" + QByteArray(1, c).toHex();
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+/// The page's commands, given to the real supplicant through its real client.
+class WpaSupplicantTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void nameIsHeldAsItIs_data();
+    void nameIsHeldAsItIs();
+    void passphraseIsHeldAsItIs_data();
+    void passphraseIsHeldAsItIs();
+    void statusOfTheRealOneIsUnderstood();
+
+private:
+    void Start(const QString& driver);
+    void Join(const QByteArray& name, const QString& passphrase);
+
+    QProcess* m_supplicant = nullptr;
+    ToolWifiTest* m_page = nullptr;
+};
+
+void WpaSupplicantTest::initTestCase()
+{
+    if (!QFileInfo(supplicantPath).isExecutable() || !QFileInfo(clientPath).isExecutable()) {
+        QSKIP("wpa_supplicant is not installed here");
+    }
+}
+
+void WpaSupplicantTest::init()
+{
+    MoskSettings::GetInstance()->SetValue("Language", "english");
+    MoskTranslator::Reload();
+    Board::Become("wlan0 up\n");
+    Board::PutTool("wpa_cli",
+                   QByteArray(". \"$BOARD_HOME/record.sh\"\nexec ") + clientPath + " \"$@\"");
+    Board::PutTool("udhcpc", "exit 0");
+    Board::WriteFile(configurationPath, "ctrl_interface=/var/run/wpa_supplicant\n"
+                                        "update_config=1\n");
+}
+
+void WpaSupplicantTest::cleanup()
+{
+    delete m_page;
+    m_page = nullptr;
+    if (m_supplicant != nullptr) {
+        m_supplicant->terminate();
+        QVERIFY(m_supplicant->waitForFinished());
+        delete m_supplicant;
+        m_supplicant = nullptr;
+    }
+    Board::RemoveTools();
+}
+
+void WpaSupplicantTest::Start(const QString& driver)
+{
+    m_supplicant = new QProcess;
+    m_supplicant->setProcessChannelMode(QProcess::MergedChannels);
+    m_supplicant->start(supplicantPath, {"-i", "wlan0", "-D", driver, "-c", configurationPath});
+    QTRY_VERIFY2(Ask({"ping"}) == "PONG\n", m_supplicant->peek(10000).constData());
+    m_page = new ToolWifiTest(nullptr);
+    m_page->show();
+}
+
+void WpaSupplicantTest::Join(const QByteArray& name, const QString& passphrase)
+{
+    m_page->findChild<QComboBox*>()->addItem(QString(Escaped(name)) + " -50");
+    InGrid<QLineEdit>(m_page, 2, 1)->setText(passphrase);
+    Press(m_page, "btnConnect");
+}
+
+void WpaSupplicantTest::nameIsHeldAsItIs_data()
+{
+    QTest::addColumn<QString>("driver");
+    QTest::addColumn<QByteArray>("name");
+
+    for (const char* driver : {"wired", "none"}) {
+        for (const char* name : {"Bench",
+                                 "a'b",
+                                 "a';reboot;'",
+                                 "a\"b",
+                                 "\"quoted\"",
+                                 "a\\b",
+                                 "\\x41",
+                                 "end\\",
+                                 "x=1",
+                                 "-n",
+                                 "$HOME",
+                                 "`reboot`",
+                                 "a&b|c",
+                                 "#",
+                                 "!*?~",
+                                 "%s%n",
+                                 "工厂",
+                                 "Caf\xc3\xa9",
+                                 "\xff\xfe\x80",
+                                 "\x01\x1b\x7f",
+                                 "a\tb",
+                                 "0123456789abcdef0123456789abcdef",
+                                 "一二三四五六七八九十ab"}) {
+            QTest::addRow("%s %s", driver, name) << driver << QByteArray(name);
+        }
+    }
+}
+
+void WpaSupplicantTest::nameIsHeldAsItIs()
+{
+    QFETCH(QString, driver);
+    QFETCH(QByteArray, name);
+    Start(driver);
+
+    Join(name, "12345678");
+
+    const QByteArray expected = IsPrintable(name) ? '"' + name + '"' : name.toHex();
+    QCOMPARE(Ask({"get_network", "0", "ssid"}), expected);
+    QCOMPARE(Ask({"get_network", "1", "ssid"}), QByteArray("FAIL\n"));
+    QCOMPARE(Ask({"get_network", "0", "disabled"}), QByteArray("0"));
+    QVERIFY(!Board::Calls().contains("reboot"));
+}
+
+void WpaSupplicantTest::passphraseIsHeldAsItIs_data()
+{
+    QTest::addColumn<QString>("driver");
+    QTest::addColumn<QString>("passphrase");
+
+    for (const char* driver : {"wired", "none"}) {
+        for (const char* passphrase :
+             {"12345678", "it's a bench", "';reboot;'x", "say \"hello\"", "\"quoted\"",
+              "back\\slash", "ends in \\", "$(reboot) `reboot`", "  blanks  ", "a;b&c|d>e#f",
+              "密码密码", "%s%s%s%s"}) {
+            QTest::addRow("%s %s", driver, passphrase) << driver << passphrase;
+        }
+        QTest::addRow("%s longest", driver) << driver << QString(60, 'p');
+    }
+}
+
+void WpaSupplicantTest::passphraseIsHeldAsItIs()
+{
+    QFETCH(QString, driver);
+    QFETCH(QString, passphrase);
+    Start(driver);
+
+    Join("Bench", passphrase);
+    // The client does not show passphrases; the saved configuration does.
+    Press(m_page, "btnSave");
+
+    QCOMPARE(Ask({"get_network", "0", "psk"}), QByteArray("*"));
+    const QByteArray configuration = Board::ReadFile(configurationPath);
+    QVERIFY2(configuration.contains("\n\tpsk=\"" + passphrase.toUtf8() + "\"\n"),
+             configuration.constData());
+    QVERIFY(!Board::Calls().contains("reboot"));
+}
+
+void WpaSupplicantTest::statusOfTheRealOneIsUnderstood()
+{
+    Start("none");
+    QVERIFY(Ask({"status"}).contains("wpa_state="));
+
+    Press(m_page, "btnRef");
+    QCOMPARE(InGrid<QLineEdit>(m_page, 0, 1)->text(), QString("Disconnect"));
+    Press(m_page, "btnScan");
+    QCOMPARE(m_page->findChild<QComboBox*>()->count(), 0);
+}
+
+QTEST_MAIN(WpaSupplicantTest)
+#include "WpaSupplicantTest.moc"

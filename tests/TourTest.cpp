@@ -59,8 +59,11 @@ void TourTest::goodBoardPasses()
     QVERIFY(m_lines.contains(
         "basic | USB | Detected that there is(are) 1 USB flash drive inserted! | ok"));
     QVERIFY(m_lines.contains("basic | Ethernet | 正常！, ok | ok"));
+    QVERIFY(m_lines.contains("wifi | connect | Connected MoskBench | ok"));
+    QVERIFY(m_lines.contains("wifi | ping | 成功！, ok | ok"));
+    QVERIFY(m_lines.contains("remote-access | set 6001 | Set success! | ok"));
     const QStringList pictures = QDir("/tmp/tour").entryList({"*.png"});
-    for (const char* page : {"home", "basic"}) {
+    for (const char* page : {"home", "basic", "wifi", "remote-access"}) {
         QVERIFY(pictures.contains(QString("%1-english.png").arg(page)));
         QVERIFY(pictures.contains(QString("%1-chinese.png").arg(page)));
     }

@@ -140,6 +140,18 @@ void Tour::PressAndCancel(const QString& check, const QString& button, const QSt
     Check(check + " cancelled", m_program.Count("QMessageBox") == 0 ? "closed" : "open", "closed");
 }
 
+void Tour::PutKeyboardAway()
+{
+    const QString keys = "QQuickWidget";
+    if (m_program.Property(keys, "visible").toBool()) {
+        const int width = m_program.Property(keys, "width").toInt();
+        const int height = m_program.Property(keys, "height").toInt();
+        // The last key of the last row.
+        m_program.ClickAt(keys, QPoint(width * 9 / 10, height * 8 / 10));
+        m_program.Idle();
+    }
+}
+
 void Tour::TakePicture(const QString& name)
 {
     const QString path = QString("%1/%2-%3.png").arg(m_pictures, name, m_language);

@@ -48,6 +48,9 @@ public:
     /// Presses a button that opens a box, judges what the box asks, and presses the button "No".
     void PressAndCancel(const QString& check, const QString& button, const QString& question);
 
+    /// Presses the key that puts the on-screen keyboard away, which covers the lower buttons.
+    void PutKeyboardAway();
+
     /// Saves the screen as NAME-LANGUAGE.png.
     void TakePicture(const QString& name);
 

@@ -7,3 +7,5 @@ class Tour;
 
 void VisitHome(Tour& tour);
 void VisitBasic(Tour& tour);
+void VisitWifi(Tour& tour);
+void VisitRemoteAccess(Tour& tour);

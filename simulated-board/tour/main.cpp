@@ -12,6 +12,8 @@ const int noTab = -1;
 const QList<Tour::Page> pages{
     {"home", 1, 0, VisitHome},
     {"basic", 2, 1, VisitBasic},
+    {"wifi", 6, 3, VisitWifi},
+    {"remote-access", 9, noTab, VisitRemoteAccess},
 };
 
 } // namespace

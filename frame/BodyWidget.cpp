@@ -4,6 +4,9 @@
 #include "pages/BasicTester.h"
 #include "pages/VncTester.h"
 #include "pages/WifiTester.h"
+#include "pages/CanTester.h"
+#include "pages/ProductionTester.h"
+#include "pages/SerialPortTester.h"
 
 #include <QPainter>
 #include <QStyleOption>
@@ -58,6 +61,12 @@ QWidget* BodyWidget::BuildPage(int id)
         return new ToolWifiTest(this);
     case RemoteAccessPage:
         return new ToolVncTest(this);
+    case SerialPage:
+        return new SerialPortTester(this);
+    case ProductionPage:
+        return new ToolProductionTest(this);
+    case CanPage:
+        return new CanTester(this);
     default:
         return nullptr;
     }

@@ -1,0 +1,243 @@
+#include "pages/ProductionTester.h"
+
+#include "frame/MoskTranslator.h"
+#include "instruments/ReceiveView.h"
+#include "instruments/Uart.h"
+#include "pages/FlashingLog.h"
+
+#include <QFile>
+#include <QGridLayout>
+#include <QPushButton>
+#include <QSerialPort>
+#include <QStyle>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTimer>
+
+ToolProductionTest::ToolProductionTest(QWidget* parent) : QWidget(parent)
+{
+    auto* layout = new QGridLayout(this);
+    layout->setContentsMargins(40, 20, 40, 20);
+    layout->setSpacing(20);
+
+    m_summaryButton = AddButton(layout, 0, "btnSummary", "Label_1000597");
+    m_detailButton = AddButton(layout, 1, "btnDetail", "Label_1000598");
+    auto* gap = new QWidget(this);
+    gap->setFixedSize(100, 20);
+    layout->addWidget(gap, 2, 0);
+    m_resetButton = AddButton(layout, 3, "btnReset", "Label_1000599");
+
+    m_views = new QTabWidget(this);
+    m_views->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    m_views->tabBar()->hide();
+    m_views->setStyleSheet("QTabWidget::pane{border:none;}");
+    layout->addWidget(m_views, 0, 1, 5, 1);
+    m_summary = AddView("tab0");
+    m_detail = AddView("tab1");
+    m_detail->KeepLines(20000);
+
+    connect(m_summaryButton, &QPushButton::clicked, this, &ToolProductionTest::OnBtnSummaryClicked);
+    connect(m_detailButton, &QPushButton::clicked, this, &ToolProductionTest::OnBtnDetailClicked);
+    connect(m_resetButton, &QPushButton::clicked, this, &ToolProductionTest::OnBtnResetClicked);
+
+    OnBtnSummaryClicked();
+
+    m_timer = new QTimer(this);
+    connect(m_timer, &QTimer::timeout, this, &ToolProductionTest::OnTimer);
+    m_timer->start(100);
+}
+
+ToolProductionTest::~ToolProductionTest()
+{
+    CloseComPort();
+}
+
+QPushButton* ToolProductionTest::AddButton(QGridLayout* layout, int row, const QString& name,
+                                           const QString& textKey)
+{
+    auto* button = new QPushButton(MoskTranslator::Translate(textKey), this);
+    button->setObjectName(name);
+    button->setFixedSize(100, 50);
+    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    button->setProperty("status", "off");
+    layout->addWidget(button, row, 0);
+    return button;
+}
+
+ReceiveView* ToolProductionTest::AddView(const QString& title)
+{
+    auto* view = new ReceiveView(this);
+    QFont font;
+    font.setPixelSize(22);
+    view->setFont(font);
+    view->setReadOnly(true);
+    m_views->addTab(view, title);
+    return view;
+}
+
+void ToolProductionTest::ProcessData(const QByteArray& chunk)
+{
+    const QVector<LogPiece> pieces = SplitLog(chunk);
+    for (int i = 0; i < pieces.size(); ++i) {
+        const LogPiece& piece = pieces.at(i);
+        if (i == 0) {
+            m_pendingLine += piece.text;
+        } else {
+            m_pendingLine = piece.text;
+        }
+        m_detail->AddText(piece.text + piece.lineEnd);
+        if (!piece.lineEnd.isEmpty()) {
+            ParseLine(m_pendingLine);
+            m_pendingLine = QString();
+        }
+    }
+}
+
+void ToolProductionTest::ParseLine(const QString& line)
+{
+    const auto post = [this](const char* key, bool ok) {
+        AddTestResult(MoskTranslator::Translate(key), ok);
+    };
+    switch (FindMarker(line)) {
+    case LogMarker::None:
+        break;
+    case LogMarker::EraseBegun:
+        post("Label_1000515", true);
+        break;
+    case LogMarker::EraseDone:
+        post("Label_1000516", true);
+        break;
+    case LogMarker::RootfsDone:
+        m_hasRootfs = true;
+        post("Label_1000505", true);
+        break;
+    case LogMarker::UbootDone:
+        m_hasUboot = true;
+        post("Label_1000504", true);
+        break;
+    case LogMarker::SpriteDone: {
+        m_hasSprite = true;
+        // The flags stay set until Reset: a second board flashed without it inherits them.
+        const bool complete = m_hasRootfs && m_hasUboot;
+        post(complete ? "Label_1000502" : "Label_1000506", complete);
+        break;
+    }
+    case LogMarker::Shutdown:
+        post("Label_1000503", true);
+        break;
+    case LogMarker::NetworkOk:
+        post("Label_1000507", true);
+        break;
+    case LogMarker::NetworkBad:
+        post("Label_1000508", false);
+        break;
+    case LogMarker::EmmcOk:
+        post("Label_1000509", true);
+        break;
+    case LogMarker::EmmcBad:
+        post("Label_1000510", false);
+        break;
+    case LogMarker::DdrOk:
+        post("Label_1000511", true);
+        break;
+    case LogMarker::DdrBad:
+        post("Label_1000512", false);
+        break;
+    }
+}
+
+void ToolProductionTest::ProcessFile()
+{
+    QFile file("./a40ilog.txt");
+    if (!file.open(QIODevice::ReadOnly)) {
+        return;
+    }
+    for (QByteArray chunk = file.read(128); !chunk.isEmpty(); chunk = file.read(128)) {
+        ProcessData(chunk);
+    }
+}
+
+void ToolProductionTest::AddTestResult(const QString& text, bool ok)
+{
+    const QString line = QString("******** %1").arg(text);
+    ShowResult(m_summary, line, ok);
+    ShowResult(m_detail, line, ok);
+}
+
+void ToolProductionTest::OnSerialportRead()
+{
+    ProcessData(m_port->readAll());
+}
+
+void ToolProductionTest::OnSerialportWritten(qint64 /*count*/) {}
+
+void ToolProductionTest::OnTimer()
+{
+    m_timer->stop();
+    OpenComPort();
+}
+
+void ToolProductionTest::OnBtnSummaryClicked()
+{
+    ShowView(0, m_summaryButton, m_detailButton);
+}
+
+void ToolProductionTest::OnBtnDetailClicked()
+{
+    ShowView(1, m_detailButton, m_summaryButton);
+}
+
+void ToolProductionTest::OnBtnResetClicked()
+{
+    m_hasRootfs = false;
+    m_hasUboot = false;
+    m_hasSprite = false;
+    m_summary->Clear();
+    m_detail->Clear();
+    CloseComPort();
+    OpenComPort();
+}
+
+/// Shows a view, with its button lit.
+void ToolProductionTest::ShowView(int index, QPushButton* chosen, QPushButton* other)
+{
+    chosen->setProperty("status", "on");
+    other->setProperty("status", "off");
+    m_summaryButton->style()->polish(m_summaryButton);
+    m_detailButton->style()->polish(m_detailButton);
+    m_views->setCurrentIndex(index);
+}
+
+void ToolProductionTest::OpenComPort()
+{
+    if (m_port != nullptr) {
+        return;
+    }
+    m_port = new QSerialPort(this);
+    const QString device = tr("/dev/ttyS2");
+    const QString result = QString("%1 [%2]");
+    if (OpenUart(m_port, device)) {
+        connect(m_port, &QSerialPort::readyRead, this, &ToolProductionTest::OnSerialportRead);
+        AddTestResult(result.arg(MoskTranslator::Translate("Label_1000501"), device), true);
+    } else {
+        AddTestResult(result.arg(MoskTranslator::Translate("Label_1000500"), device), false);
+        delete m_port;
+        m_port = nullptr;
+    }
+}
+
+void ToolProductionTest::CloseComPort()
+{
+    if (m_port == nullptr) {
+        return;
+    }
+    disconnect(m_port, &QSerialPort::readyRead, this, &ToolProductionTest::OnSerialportRead);
+    m_port->close();
+    delete m_port;
+    m_port = nullptr;
+}
+
+void ToolProductionTest::ShowResult(ReceiveView* view, const QString& text, bool ok)
+{
+    view->AddLine(text, ok ? QColor(12, 202, 66) : QColor(255, 0, 0));
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+
+class QGridLayout;
+class QPushButton;
+class QSerialPort;
+class QTabWidget;
+class QTimer;
+class ReceiveView;
+
+/// Listens to the log of a board being flashed: shows it as it comes and, for each milestone in it,
+/// a green or red line of its own.
+class ToolProductionTest : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ToolProductionTest(QWidget* parent);
+    ~ToolProductionTest() override;
+
+    /// Takes in a chunk of the log as it was received; a line may come in several.
+    void ProcessData(const QByteArray& chunk);
+
+    /// Posts the result of the marker in a complete line, if it holds one.
+    void ParseLine(const QString& line);
+
+    /// Plays a captured log, "./a40ilog.txt", as if it were received. The page itself never does.
+    void ProcessFile();
+
+    /// Adds "******** " and the text to both views, green when `ok`, else red.
+    void AddTestResult(const QString& text, bool ok);
+
+private slots:
+    void OnSerialportRead();
+    void OnSerialportWritten(qint64 count);
+    void OnTimer();
+    void OnBtnSummaryClicked();
+    void OnBtnDetailClicked();
+    void OnBtnResetClicked();
+
+private:
+    QPushButton* AddButton(QGridLayout* layout, int row, const QString& name,
+                           const QString& textKey);
+    ReceiveView* AddView(const QString& title);
+    void ShowView(int index, QPushButton* chosen, QPushButton* other);
+    void OpenComPort();
+    void CloseComPort();
+    void ShowResult(ReceiveView* view, const QString& text, bool ok);
+
+    QTimer* m_timer = nullptr;
+    QPushButton* m_summaryButton = nullptr;
+    QPushButton* m_detailButton = nullptr;
+    QPushButton* m_resetButton = nullptr;
+    QTabWidget* m_views = nullptr;
+    ReceiveView* m_summary = nullptr;
+    ReceiveView* m_detail = nullptr;
+    QSerialPort* m_port = nullptr; ///< null while closed
+    QString m_pendingLine;
+    bool m_hasRootfs = false;
+    bool m_hasUboot = false;
+    bool m_hasSprite = false;
+};

@@ -1,0 +1,121 @@
+#include "pages/SerialPortTester.h"
+
+#include "frame/MoskTranslator.h"
+#include "instruments/PortRows.h"
+#include "instruments/ReceiveView.h"
+#include "instruments/Uart.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSerialPort>
+#include <QTextCodec>
+#include <QVBoxLayout>
+
+namespace
+{
+
+std::unique_ptr<QTextDecoder> NewDecoder()
+{
+    return std::make_unique<QTextDecoder>(QTextCodec::codecForName("UTF-8"));
+}
+
+} // namespace
+
+SerialPortTester::SerialPortTester(QWidget* parent) : QWidget(parent)
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(40, 20, 40, 20);
+    layout->setSpacing(20);
+
+    m_chooser = new QComboBox(this);
+    for (int i = 0; i <= 9; ++i) {
+        m_chooser->addItem(QString("COM%1").arg(i));
+    }
+    m_chooser->setCurrentIndex(2);
+    m_openClose = AddPortRow(layout, "Label_1000300", m_chooser, "btnOpenCom", "Label_1000301");
+
+    m_sendText = new QLineEdit(tr("Hello MOSK!"), this);
+    QPushButton* send =
+        AddPortRow(layout, "Label_1000302", m_sendText, "btnSendCom", "Label_1000303");
+
+    m_received = new ReceiveView(this);
+    QFont font;
+    font.setPixelSize(22);
+    m_received->setFont(font);
+    AddPortView(layout, "Label_1000304", m_received);
+
+    connect(m_openClose, &QPushButton::clicked, this, &SerialPortTester::OnOpenCloseComPort);
+    connect(send, &QPushButton::clicked, this, &SerialPortTester::OnBtnSendClicked);
+}
+
+SerialPortTester::~SerialPortTester()
+{
+    Close();
+}
+
+void SerialPortTester::OnOpenCloseComPort(bool /*checked*/)
+{
+    if (m_port != nullptr) {
+        Close();
+        m_openClose->setText(MoskTranslator::Translate("Label_1000301"));
+    } else {
+        Open();
+    }
+}
+
+void SerialPortTester::OnBtnSendClicked(bool /*checked*/)
+{
+    if (m_port == nullptr || !m_port->isOpen()) {
+        return;
+    }
+    // As a C string: a NUL typed or pasted ends what is sent.
+    m_port->write(m_sendText->text().toUtf8().constData());
+    m_port->write("\n");
+}
+
+void SerialPortTester::OnSerialportRead()
+{
+    const QByteArray received = m_port->readAll();
+    const int nul = received.indexOf('\0');
+    QString text = m_decoder->toUnicode(nul < 0 ? received : received.left(nul));
+    if (nul >= 0) {
+        // What follows a NUL is not shown, so a character that it cut can never be completed.
+        if (m_decoder->needsMoreData()) {
+            text += QChar(QChar::ReplacementCharacter);
+        }
+        m_decoder = NewDecoder();
+    }
+    m_received->AddText(text);
+}
+
+void SerialPortTester::OnSerialportWritten(qint64 /*count*/) {}
+
+void SerialPortTester::Open()
+{
+    m_port = new QSerialPort(this);
+    const QString device = tr("/dev/ttyS%1").arg(m_chooser->currentIndex());
+    if (!OpenUart(m_port, device)) {
+        QMessageBox::information(
+            this, MoskTranslator::Translate("Label_1010000"),
+            tr("[%1] %2").arg(device, MoskTranslator::Translate("Label_1000306")), QMessageBox::Ok);
+        delete m_port;
+        m_port = nullptr;
+        return;
+    }
+    m_decoder = NewDecoder();
+    connect(m_port, &QSerialPort::readyRead, this, &SerialPortTester::OnSerialportRead);
+    m_openClose->setText(MoskTranslator::Translate("Label_1000305"));
+}
+
+void SerialPortTester::Close()
+{
+    if (m_port == nullptr) {
+        return;
+    }
+    disconnect(m_port, &QSerialPort::readyRead, this, &SerialPortTester::OnSerialportRead);
+    m_port->close();
+    delete m_port;
+    m_port = nullptr;
+}

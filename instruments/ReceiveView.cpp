@@ -25,10 +25,10 @@ const int mostCharacters = 8000000;
 /// Lines ready to be shown, of which each costs its own layout only, are not gathered beyond this.
 const int mostGatheredLines = 65536;
 
-/// Between two showings the GUI thread has nine times as long for all else, but the newest text
-/// does not wait longer than this; where layout is slow it has at least twice as long.
-const qint64 pausesPerCost = 9;
-const qint64 longestPause = 200;
+/// Between two showings the GUI thread has four times as long for all else. The newest text does
+/// not wait longer than this for it, but where layout is slow twice as long must be left.
+const qint64 pausesPerCost = 4;
+const qint64 longestPause = 100;
 const qint64 leastPausesPerCost = 2;
 
 } // namespace

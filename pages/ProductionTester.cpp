@@ -34,7 +34,6 @@ ToolProductionTest::ToolProductionTest(QWidget* parent) : QWidget(parent)
     layout->addWidget(m_views, 0, 1, 5, 1);
     m_summary = AddView("tab0");
     m_detail = AddView("tab1");
-    m_detail->KeepLines(20000);
 
     connect(m_summaryButton, &QPushButton::clicked, this, &ToolProductionTest::OnBtnSummaryClicked);
     connect(m_detailButton, &QPushButton::clicked, this, &ToolProductionTest::OnBtnDetailClicked);
@@ -71,6 +70,7 @@ ReceiveView* ToolProductionTest::AddView(const QString& title)
     font.setPixelSize(22);
     view->setFont(font);
     view->setReadOnly(true);
+    view->KeepLines(20000);
     m_views->addTab(view, title);
     return view;
 }

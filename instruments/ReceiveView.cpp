@@ -40,7 +40,8 @@ ReceiveView::ReceiveView(QWidget* parent) : QTextEdit(parent)
     connect(m_timer, &QTimer::timeout, this, &ReceiveView::ShowGathered);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this](int value) {
         if (!m_isShowing) {
-            m_isAtBottom = value == verticalScrollBar()->maximum();
+            // The last line in sight is the end, if only just.
+            m_isAtBottom = value + fontMetrics().lineSpacing() >= verticalScrollBar()->maximum();
         }
     });
     connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this](int /*min*/, int max) {
@@ -79,6 +80,7 @@ void ReceiveView::Clear()
     m_timer->stop();
     m_gathered.clear();
     m_gatheredSize = 0;
+    m_isShownOutdated = false;
     m_endsInReturn = false;
     m_isAtBottom = true;
     clear();
@@ -97,6 +99,8 @@ void ReceiveView::Gather(const QString& text, const QColor& colour)
     m_gatheredSize += text.size();
     if (m_keptLines == 0 && m_gatheredSize > droppedAbove) {
         ForgetGathered(m_gatheredSize - keptCharacters);
+        // All that was shown is older still.
+        m_isShownOutdated = true;
     }
 }
 
@@ -197,6 +201,9 @@ void ReceiveView::ShowGathered()
 /// How many of the oldest characters are to go before the gathered ones are shown.
 int ReceiveView::Surplus() const
 {
+    if (m_isShownOutdated) {
+        return document()->characterCount() - 1;
+    }
     const int size = document()->characterCount() - 1 + m_gatheredSize;
     if (size <= droppedAbove) {
         return 0;
@@ -247,6 +254,7 @@ void ReceiveView::InsertGathered(QTextCursor& cursor)
     }
     m_gathered.clear();
     m_gatheredSize = 0;
+    m_isShownOutdated = false;
 }
 
 /// Whether the view scrolls along with new text: while it shows its end, and the operator is

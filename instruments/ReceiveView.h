@@ -54,6 +54,7 @@ private:
 
     QVector<Run> m_gathered;
     int m_gatheredSize = 0;
+    bool m_isShownOutdated = false;
     bool m_endsInReturn = false;
     int m_keptLines = 0;
     QTimer* m_timer = nullptr;

@@ -1,10 +1,14 @@
 #include "simulated-board/devices/PortRole.h"
 
+#include "simulated-board/devices/FlashingLog.h"
+
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+#include <thread>
 
 #include <poll.h>
 #include <unistd.h>
@@ -65,6 +69,68 @@ public:
     }
 };
 
+/// Talks without end and never listens.
+class Flood : public PortRole
+{
+public:
+    void Run(int master) override
+    {
+        std::string text;
+        while (text.size() < 4096) {
+            text += "0123456789 abcdefghijklmnopqrstuvwxyz ";
+        }
+        for (;;) {
+            WriteAll(master, text);
+        }
+    }
+};
+
+class Vanishing : public PortRole
+{
+public:
+    void Run(int master) override { WriteAll(master, ReadSome(master)); }
+};
+
+/// Prints the log of board after board at the speed of the line, with a silence after each.
+class Log : public PortRole
+{
+public:
+    explicit Log(const FlashingRun& run) : m_log(FlashingLog(run)) {}
+
+    void Run(int master) override
+    {
+        const std::size_t chunk = 115;
+        for (;;) {
+            for (std::size_t at = 0; at < m_log.size(); at += chunk) {
+                WriteAll(master, std::string_view(m_log).substr(at, chunk));
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            }
+            std::this_thread::sleep_for(std::chrono::seconds(20));
+        }
+    }
+
+private:
+    std::string m_log;
+};
+
+FlashingRun RunOf(const std::vector<std::string>& arguments)
+{
+    FlashingRun run;
+    if (arguments.empty() || arguments[0] == "good") {
+        return run;
+    }
+    if (arguments[0] == "no-uboot") {
+        run.outcome = FlashingRun::Outcome::NoUboot;
+    } else if (arguments[0] == "stuck") {
+        run.outcome = FlashingRun::Outcome::Stuck;
+    } else if (arguments[0] == "bad") {
+        run.selfTestPasses = false;
+    } else {
+        throw std::invalid_argument("no such log");
+    }
+    return run;
+}
+
 class Modem : public PortRole
 {
 public:
@@ -85,13 +151,22 @@ public:
 } // namespace
 
 std::unique_ptr<PortRole> MakePortRole(const std::string& name,
-                                       const std::vector<std::string>& /*arguments*/)
+                                       const std::vector<std::string>& arguments)
 {
     if (name == "loopback") {
         return std::make_unique<Loopback>();
     }
     if (name == "echo") {
         return std::make_unique<Echo>();
+    }
+    if (name == "flood") {
+        return std::make_unique<Flood>();
+    }
+    if (name == "vanishing") {
+        return std::make_unique<Vanishing>();
+    }
+    if (name == "log") {
+        return std::make_unique<Log>(RunOf(arguments));
     }
     if (name == "modem") {
         return std::make_unique<Modem>();

@@ -18,6 +18,11 @@ public:
 /// The role of a name:
 ///   loopback     a plug that gives back every byte
 ///   echo         a partner that answers each line with "echo: " and the line
+///   flood        a partner that talks as fast as it is read, without a line end
+///   vanishing    an adapter that gives back the first bytes and is then pulled out
+///   log [good|bad|no-uboot|stuck]
+///                boards being flashed, one after another: the whole log of each at the speed of
+///                the line; "bad" fails the self-test, "stuck" stops without a word
 ///   modem        the AT port of the 4G modem; keeps what it was sent in /run/board/received/modem
 /// Throws std::invalid_argument for another name.
 std::unique_ptr<PortRole> MakePortRole(const std::string& name,

@@ -13,6 +13,8 @@
 #include <QTextCodec>
 #include <QVBoxLayout>
 
+#include <limits>
+
 namespace
 {
 
@@ -37,6 +39,8 @@ SerialPortTester::SerialPortTester(QWidget* parent) : QWidget(parent)
     m_openClose = AddPortRow(layout, "Label_1000300", m_chooser, "btnOpenCom", "Label_1000301");
 
     m_sendText = new QLineEdit(tr("Hello MOSK!"), this);
+    // What is pasted is sent whole; the default limit would cut it off without a word.
+    m_sendText->setMaxLength(std::numeric_limits<int>::max());
     QPushButton* send =
         AddPortRow(layout, "Label_1000302", m_sendText, "btnSendCom", "Label_1000303");
 

@@ -1,1 +1,535 @@
-int main() {}
+#include "pages/CanTester.h"
+
+#include "frame/MoskSettings.h"
+#include "instruments/ReceiveView.h"
+#include "pages/CanThread.h"
+#include "simulated-board/Board.h"
+#include "tests/CanBus.h"
+#include "tests/Operate.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QVBoxLayout>
+
+#include <memory>
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace
+{
+
+/// Entries of a folder of this process in /proc: its descriptors or its threads.
+int Count(const char* what)
+{
+    return QDir(QString("/proc/self/") + what).entryList(QDir::AllEntries | QDir::System).size();
+}
+
+can_frame Frame(canid_t identifier, const QByteArray& bytes)
+{
+    can_frame frame = {};
+    frame.can_id = identifier;
+    frame.can_dlc = static_cast<__u8>(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), frame.data);
+    return frame;
+}
+
+} // namespace
+
+class CanTesterTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void rowsStandAsDesigned();
+    void pageIsInTheLanguageOfTheProgram();
+
+    void frameIsWrittenAsText_data();
+    void frameIsWrittenAsText();
+
+    void openBindsCan0();
+    void firstInterfaceIsTheOneAskedFor();
+    void openTwiceStaysAsItIs();
+    void receivedFrameShows_data();
+    void receivedFrameShows();
+    void framesRunTogether();
+    void framesComeInOrderAndNoneIsLost();
+    void threadWithoutFramesSaysNothing();
+    void threadTakesOneFrameInTenMilliseconds();
+    void threadStoppedBeforeItStartsReadsNothing();
+    void stopReturnsWhenTheThreadHasEnded();
+
+    void sentTextIsANumber_data();
+    void sentTextIsANumber();
+    void sendBeforeTheOpenDoesNothing();
+    void sendWithoutBusIsSilent();
+
+    void pageOpensTheBusOnce();
+    void staleNumberIsWrittenToAndClosedAgain();
+    void freshPageOpensTheBusAgain();
+    void kernelWithoutCanIsSilent();
+    void missingInterfaceIsSilent();
+    void leavingThePageReleasesAll_data();
+    void leavingThePageReleasesAll();
+    void opensAndClosesForEver();
+
+private:
+    void Rebuild();
+    QPushButton* OpenButton() { return m_page->findChild<QPushButton*>("btnOpenCom"); }
+    QString Received()
+    {
+        m_page->findChild<ReceiveView*>()->ShowGathered();
+        return m_page->findChild<QTextEdit*>()->toPlainText();
+    }
+    void Type(const QString& text) { m_page->findChild<QLineEdit*>()->setText(text); }
+    void Open();
+
+    std::unique_ptr<CanBus> m_bus;
+    std::unique_ptr<CanTester> m_page;
+};
+
+void CanTesterTest::initTestCase()
+{
+    qInfo("The CAN bus is %s", qPrintable(CanBus::Create()->Name()));
+}
+
+void CanTesterTest::init()
+{
+    Board::Become("language english\n");
+    MoskSettings::GetInstance()->SetValue("Language", "english");
+    MoskTranslator::Reload();
+    m_bus = CanBus::Create();
+    Rebuild();
+}
+
+void CanTesterTest::cleanup()
+{
+    m_page.reset();
+    m_bus.reset();
+}
+
+void CanTesterTest::Rebuild()
+{
+    m_page.reset();
+    m_page = std::make_unique<CanTester>(nullptr);
+    m_page->resize(1024, 550);
+    m_page->show();
+}
+
+void CanTesterTest::Open()
+{
+    Press(m_page.get(), "btnOpenCom");
+    QCOMPARE(OpenButton()->text(), QString("Close"));
+}
+
+void CanTesterTest::rowsStandAsDesigned()
+{
+    auto* layout = qobject_cast<QVBoxLayout*>(m_page->layout());
+    QVERIFY(layout != nullptr);
+    QCOMPARE(layout->contentsMargins(), QMargins(30, 20, 30, 20));
+    QCOMPARE(layout->spacing(), 20);
+    QCOMPARE(layout->count(), 3);
+    const QStringList titles{"Name:", "Send(hex):", "Recv:"};
+    for (int i = 0; i < 3; ++i) {
+        QWidget* row = layout->itemAt(i)->widget();
+        QCOMPARE(row->layout()->contentsMargins(), QMargins(0, 0, 0, 0));
+        QCOMPARE(row->layout()->spacing(), 10);
+        auto* title = qobject_cast<QLabel*>(row->layout()->itemAt(0)->widget());
+        QCOMPARE(title->text(), titles.at(i));
+        QCOMPARE(title->size(), QSize(80, 30));
+        QCOMPARE(row->height() == 30, i < 2);
+    }
+    auto* chooser = m_page->findChild<QComboBox*>();
+    QCOMPARE(chooser->count(), 1);
+    QCOMPARE(chooser->currentText(), QString("can0"));
+    QCOMPARE(OpenButton()->text(), QString("Open"));
+    QCOMPARE(OpenButton()->width(), 100);
+    QCOMPARE(m_page->findChild<QLineEdit*>()->text(), QString("1122334455667788"));
+    QCOMPARE(m_page->findChild<QPushButton*>("btnSendCom")->text(), QString("Send"));
+    QCOMPARE(m_page->findChild<QTextEdit*>()->font().pixelSize(), 22);
+    QVERIFY(!m_page->findChild<QTextEdit*>()->isReadOnly());
+}
+
+void CanTesterTest::pageIsInTheLanguageOfTheProgram()
+{
+    MoskSettings::GetInstance()->SetValue("Language", "chinese");
+    MoskTranslator::Reload();
+    QCOMPARE(OpenButton()->text(), QString("Open"));
+    Press(m_page.get(), "btnOpenCom");
+    QCOMPARE(OpenButton()->text(), QString::fromUtf8("关闭"));
+    Rebuild();
+    QCOMPARE(OpenButton()->text(), QString::fromUtf8("打开"));
+    QCOMPARE(m_page->findChild<QPushButton*>("btnSendCom")->text(), QString::fromUtf8("发送"));
+}
+
+void CanTesterTest::frameIsWrittenAsText_data()
+{
+    QTest::addColumn<unsigned>("identifier");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("text");
+
+    const QByteArray three = QByteArray::fromHex("112233");
+    const QByteArray eight = QByteArray::fromHex("00ff7f8001aBcD0f");
+    QTest::newRow("standard") << 0x123U << three << "id:291,len:3,data:1122330000000000";
+    QTest::newRow("extended") << (CAN_EFF_FLAG | 1) << eight << "id:1,len:8,data:00ff7f8001abcd0f";
+    QTest::newRow("largest") << (CAN_EFF_FLAG | CAN_EFF_MASK) << QByteArray()
+                             << "id:536870911,len:0,data:0000000000000000";
+    QTest::newRow("remote") << (CAN_RTR_FLAG | 0x123) << QByteArray()
+                            << "id:1073742115,len:0,data:0000000000000000";
+    QTest::newRow("extended remote") << (CAN_EFF_FLAG | CAN_RTR_FLAG | 1) << QByteArray()
+                                     << "id:1073741825,len:0,data:0000000000000000";
+    QTest::newRow("error") << (CAN_ERR_FLAG | 4) << QByteArray(8, '\0')
+                           << "id:536870916,len:8,data:0000000000000000";
+    QTest::newRow("identifier 0") << 0U << QByteArray("1") << "id:0,len:1,data:3100000000000000";
+}
+
+void CanTesterTest::frameIsWrittenAsText()
+{
+    QFETCH(unsigned, identifier);
+    QFETCH(QByteArray, bytes);
+    QFETCH(QString, text);
+    QCOMPARE(CanFrameText(Frame(identifier, bytes)), text);
+}
+
+void CanTesterTest::openBindsCan0()
+{
+    if (m_bus->Name().contains("kernel's")) {
+        QSKIP("The kernel's own CAN tells nothing of the calls");
+    }
+    Open();
+    const CanSocketCalls calls = LastCanSocketCalls();
+    QCOMPARE(calls.opened, 1);
+    QCOMPARE(calls.type, static_cast<int>(SOCK_RAW));
+    QCOMPARE(calls.protocol, CAN_RAW);
+    QCOMPARE(calls.interface, QString("can0"));
+    QCOMPARE(calls.boundFamily, AF_CAN);
+    QCOMPARE(calls.boundIndex, 7);
+}
+
+void CanTesterTest::firstInterfaceIsTheOneAskedFor()
+{
+    if (m_bus->Name().contains("kernel's")) {
+        QSKIP("The kernel's own CAN tells nothing of the calls");
+    }
+    m_page->StartCan(1);
+    QCOMPARE(LastCanSocketCalls().interface, QString("can1"));
+    Rebuild();
+    m_page->StartCan(0);
+    QCOMPARE(LastCanSocketCalls().interface, QString("can0"));
+}
+
+void CanTesterTest::openTwiceStaysAsItIs()
+{
+    m_page->StopCan();
+    m_page->StartCan(0);
+    const int descriptors = Count("fd");
+    const int threads = Count("task");
+    m_page->StartCan(0);
+    QCOMPARE(Count("fd"), descriptors);
+    QTRY_COMPARE(Count("task"), threads);
+}
+
+void CanTesterTest::receivedFrameShows_data()
+{
+    QTest::addColumn<QString>("frame");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("standard") << "123#112233"
+                              << "id:291,len:3,data:1122330000000000";
+    QTest::newRow("extended") << "00000001#FF"
+                              << "id:1,len:1,data:ff00000000000000";
+    QTest::newRow("remote") << "123#R"
+                            << "id:1073742115,len:0,data:0000000000000000";
+    QTest::newRow("error") << "20000004#0000000000000000"
+                           << "id:536870916,len:8,data:0000000000000000";
+    QTest::newRow("length 0") << "7FF#"
+                              << "id:2047,len:0,data:0000000000000000";
+    QTest::newRow("length 8") << "001#0102030405060708"
+                              << "id:1,len:8,data:0102030405060708";
+}
+
+void CanTesterTest::receivedFrameShows()
+{
+    QFETCH(QString, frame);
+    QFETCH(QString, text);
+    if (frame.startsWith("2000") && !m_bus->CarriesErrors()) {
+        QSKIP("This bus carries no error frames");
+    }
+    Open();
+    m_bus->Send(frame);
+    QTRY_COMPARE(Received(), text);
+}
+
+void CanTesterTest::framesRunTogether()
+{
+    Open();
+    m_bus->Send("123#11");
+    m_bus->Send("124#22");
+    QTRY_COMPARE(Received(),
+                 QString("id:291,len:1,data:1100000000000000id:292,len:1,data:2200000000000000"));
+}
+
+void CanTesterTest::framesComeInOrderAndNoneIsLost()
+{
+    Open();
+    QString expected;
+    for (int i = 0; i < 100; ++i) {
+        m_bus->Send(QString("%1#").arg(i, 3, 16, QChar('0')));
+        expected += QString("id:%1,len:0,data:0000000000000000").arg(i);
+        QTest::qWait(1);
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(Received(), expected, 20000);
+}
+
+void CanTesterTest::threadWithoutFramesSaysNothing()
+{
+    int ends[2];
+    QCOMPARE(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends), 0);
+    CanThread thread(ends[0], nullptr);
+    QSignalSpy messages(&thread, &CanThread::message);
+    thread.start();
+    QTest::qWait(50);
+    QCOMPARE(messages.count(), 0);
+    const can_frame frame = Frame(1, "x");
+    QCOMPARE(write(ends[1], &frame, sizeof frame), static_cast<ssize_t>(sizeof frame));
+    QTRY_COMPARE(messages.count(), 1);
+    thread.stop();
+    // The socket stays its opener's.
+    QVERIFY(fcntl(ends[0], F_GETFD) >= 0);
+    close(ends[0]);
+    close(ends[1]);
+}
+
+void CanTesterTest::threadTakesOneFrameInTenMilliseconds()
+{
+    int ends[2];
+    QCOMPARE(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends), 0);
+    const can_frame frame = Frame(1, "x");
+    while (write(ends[1], &frame, sizeof frame) == sizeof frame) {
+    }
+    CanThread thread(ends[0], nullptr);
+    QSignalSpy messages(&thread, &CanThread::message);
+    QElapsedTimer timer;
+    timer.start();
+    thread.start();
+    QTRY_VERIFY(messages.count() >= 5);
+    thread.stop();
+    QCoreApplication::processEvents();
+    // Busy machines make it slower, never faster.
+    QVERIFY(messages.count() <= timer.elapsed() / 10 + 1);
+    close(ends[0]);
+    close(ends[1]);
+}
+
+void CanTesterTest::threadStoppedBeforeItStartsReadsNothing()
+{
+    int ends[2];
+    QCOMPARE(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends), 0);
+    const can_frame frame = Frame(1, "x");
+    QCOMPARE(write(ends[1], &frame, sizeof frame), static_cast<ssize_t>(sizeof frame));
+    CanThread thread(ends[0], nullptr);
+    QSignalSpy messages(&thread, &CanThread::message);
+    thread.stop();
+    thread.start();
+    QVERIFY(thread.wait(5000));
+    QCoreApplication::processEvents();
+    QCOMPARE(messages.count(), 0);
+    close(ends[0]);
+    close(ends[1]);
+}
+
+void CanTesterTest::stopReturnsWhenTheThreadHasEnded()
+{
+    for (int i = 0; i < 20; ++i) {
+        CanThread thread(-1, nullptr);
+        thread.start();
+        QTRY_VERIFY(thread.isRunning());
+        thread.stop();
+        QVERIFY(thread.isFinished());
+    }
+}
+
+void CanTesterTest::sentTextIsANumber_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("bytes");
+    QTest::newRow("as it stands") << "1122334455667788"
+                                  << "1122334455667788";
+    QTest::newRow("short") << "FF"
+                           << "00000000000000FF";
+    QTest::newRow("lower case") << "abcdef"
+                                << "0000000000ABCDEF";
+    QTest::newRow("no number") << "xyz"
+                               << "0000000000000000";
+    QTest::newRow("empty") << ""
+                           << "0000000000000000";
+    QTest::newRow("with 0x") << "0x1234"
+                             << "0000000000001234";
+    QTest::newRow("16 digits") << "FEDCBA9876543210"
+                               << "FEDCBA9876543210";
+    QTest::newRow("17 digits") << "11223344556677889"
+                               << "0000000000000000";
+    QTest::newRow("17 digits, first 0") << "0FEDCBA9876543210"
+                                        << "FEDCBA9876543210";
+    QTest::newRow("blanks around") << "  12 "
+                                   << "0000000000000012";
+    QTest::newRow("blanks between") << "11 22"
+                                    << "0000000000000000";
+    QTest::newRow("negative") << "-1"
+                              << "0000000000000000";
+}
+
+void CanTesterTest::sentTextIsANumber()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, bytes);
+    Open();
+    Type(text);
+    Press(m_page.get(), "btnSendCom");
+    QCOMPARE(m_bus->Receive(1), QStringList{"00000001#" + bytes});
+    QCOMPARE(Received(), QString());
+}
+
+void CanTesterTest::sendBeforeTheOpenDoesNothing()
+{
+    Press(m_page.get(), "btnSendCom");
+    Open();
+    Type("2");
+    Press(m_page.get(), "btnSendCom");
+    QCOMPARE(m_bus->Receive(1), QStringList{"00000001#0000000000000002"});
+}
+
+void CanTesterTest::sendWithoutBusIsSilent()
+{
+    Open();
+    m_bus.reset();
+    Press(m_page.get(), "btnSendCom");
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    QCOMPARE(OpenButton()->text(), QString("Close"));
+    QCOMPARE(Received(), QString());
+}
+
+void CanTesterTest::pageOpensTheBusOnce()
+{
+    Open();
+    m_bus->Send("001#");
+    QTRY_COMPARE(Received(), QString("id:1,len:0,data:0000000000000000"));
+    for (int i = 0; i < 3; ++i) {
+        Press(m_page.get(), "btnOpenCom");
+        QCOMPARE(OpenButton()->text(), QString("Open"));
+        m_bus->Send("002#");
+        QTest::qWait(50);
+        QCOMPARE(Received(), QString("id:1,len:0,data:0000000000000000"));
+    }
+}
+
+// The page keeps the number of its closed socket, and whoever is given that number meets it.
+void CanTesterTest::staleNumberIsWrittenToAndClosedAgain()
+{
+    const int free = dup(0);
+    close(free);
+    Open();
+    Press(m_page.get(), "btnOpenCom");
+
+    int ends[2];
+    QCOMPARE(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends), 0);
+    QCOMPARE(ends[0], free);
+    Press(m_page.get(), "btnSendCom");
+    can_frame frame = {};
+    QCOMPARE(read(ends[1], &frame, sizeof frame), static_cast<ssize_t>(sizeof frame));
+    QCOMPARE(frame.can_id, CAN_EFF_FLAG | 1);
+    Press(m_page.get(), "btnOpenCom");
+    QCOMPARE(fcntl(ends[0], F_GETFD), -1);
+    close(ends[1]);
+}
+
+void CanTesterTest::freshPageOpensTheBusAgain()
+{
+    Open();
+    Press(m_page.get(), "btnOpenCom");
+    Rebuild();
+    Open();
+    m_bus->Send("001#");
+    QTRY_COMPARE(Received(), QString("id:1,len:0,data:0000000000000000"));
+}
+
+void CanTesterTest::kernelWithoutCanIsSilent()
+{
+    if (m_bus->Name().contains("kernel's")) {
+        QSKIP("This kernel has CAN");
+    }
+    SetCanFault(CanFault::NoCan);
+    const int threads = Count("task");
+    for (int i = 0; i < 5; ++i) {
+        Press(m_page.get(), "btnOpenCom");
+        QCOMPARE(OpenButton()->text(), QString("Close"));
+        Press(m_page.get(), "btnSendCom");
+    }
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    QCOMPARE(Received(), QString());
+    QTRY_VERIFY(Count("task") <= threads + 1);
+    m_page.reset();
+    QTRY_COMPARE(Count("task"), threads);
+}
+
+void CanTesterTest::missingInterfaceIsSilent()
+{
+    if (m_bus->Name().contains("kernel's")) {
+        QSKIP("This kernel has the interface");
+    }
+    SetCanFault(CanFault::NoInterface);
+    Open();
+    // Never bound to index 0, which is every bus there is.
+    QCOMPARE(LastCanSocketCalls().boundIndex, -1);
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+}
+
+void CanTesterTest::leavingThePageReleasesAll_data()
+{
+    QTest::addColumn<int>("presses");
+    QTest::newRow("never opened") << 0;
+    QTest::newRow("receiving") << 1;
+    QTest::newRow("closed") << 2;
+}
+
+void CanTesterTest::leavingThePageReleasesAll()
+{
+    QFETCH(int, presses);
+    // The far end of the stand-in stays open between pages; so have it there from the start.
+    Open();
+    Rebuild();
+    const int descriptors = Count("fd");
+    const int threads = Count("task");
+    for (int i = 0; i < presses; ++i) {
+        Press(m_page.get(), "btnOpenCom");
+    }
+    m_bus->Send("001#");
+    m_page.reset();
+    QCOMPARE(Count("fd"), descriptors);
+    QTRY_COMPARE(Count("task"), threads);
+}
+
+void CanTesterTest::opensAndClosesForEver()
+{
+    Open();
+    Rebuild();
+    const int descriptors = Count("fd");
+    const int threads = Count("task");
+    for (int i = 0; i < 1000; ++i) {
+        CanTester page(nullptr);
+        page.StartCan(0);
+        page.StopCan();
+    }
+    QCOMPARE(Count("fd"), descriptors);
+    QTRY_COMPARE(Count("task"), threads);
+}
+
+QTEST_MAIN(CanTesterTest)
+#include "CanTesterTest.moc"

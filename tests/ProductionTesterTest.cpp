@@ -1,1 +1,665 @@
-int main() {}
+#include "pages/ProductionTester.h"
+
+#include "frame/MoskSettings.h"
+#include "instruments/ReceiveView.h"
+#include "simulated-board/Board.h"
+#include "simulated-board/PseudoTerminal.h"
+#include "simulated-board/devices/FlashingLog.h"
+#include "tests/Operate.h"
+
+#include <QDir>
+#include <QPushButton>
+#include <QSerialPort>
+#include <QSignalSpy>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTextBlock>
+#include <QTextCursor>
+
+#include <memory>
+#include <random>
+
+Q_DECLARE_METATYPE(FlashingRun)
+
+namespace
+{
+
+const QColor green(12, 202, 66);
+const QColor red(255, 0, 0);
+const QColor black(0, 0, 0);
+const QColor lit(255, 0, 0);
+const QColor unlit(96, 168, 239);
+
+const QString opened = "******** Open COM succeed! [/dev/ttyS2]\n";
+const QString notOpened = "******** Open COM failed! [/dev/ttyS2]\n";
+
+/// The result lines of a run, in order, as the summary shows them.
+QString ResultsOf(const FlashingRun& run)
+{
+    QStringList results{"Start erasing flash!", "Erasing flash succeed!", "Burn Rootfs succeed!"};
+    if (run.outcome == FlashingRun::Outcome::Good) {
+        results << "Burn Uboot succeed!"
+                << "Burn succeed!";
+    } else if (run.outcome == FlashingRun::Outcome::NoUboot) {
+        results << "Prompt for successful burning, but some results were not detected!";
+    }
+    if (run.outcome != FlashingRun::Outcome::Stuck) {
+        results << (run.selfTestPasses ? "Network OK!" : "Network anomaly!")
+                << (run.selfTestPasses ? "EMMC OK!" : "EMMC anomaly!")
+                << (run.selfTestPasses ? "DDR OK!" : "DDR anomaly!") << "Shutdown!";
+    }
+    QString text;
+    for (const QString& result : qAsConst(results)) {
+        text += "******** " + result + "\n";
+    }
+    return text;
+}
+
+QByteArray LogOf(const FlashingRun& run)
+{
+    return QByteArray::fromStdString(FlashingLog(run));
+}
+
+/// The colour of each of the view's lines, those without text left out.
+QList<QColor> LineColours(const QTextEdit& view)
+{
+    QList<QColor> colours;
+    for (QTextBlock line = view.document()->begin(); line.isValid(); line = line.next()) {
+        if (line.length() > 1) {
+            QTextCursor cursor(line);
+            cursor.movePosition(QTextCursor::NextCharacter);
+            colours << cursor.charFormat().foreground().color();
+        }
+    }
+    return colours;
+}
+
+int OpenDescriptors()
+{
+    return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
+}
+
+} // namespace
+
+class ProductionTesterTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void pageStandsAsDesigned();
+    void pageIsInTheLanguageOfTheProgram();
+    void portOpensATenthOfASecondLater();
+    void missingPortShowsInRed();
+    void summaryShowsFirstAndItsButtonIsLit();
+    void resetBeginsAnew();
+    void resetOpensAPortThatCameUpSince();
+
+    void goodBoardPasses();
+    void verdictIsThatOfTheRun_data();
+    void verdictIsThatOfTheRun();
+    void verdictIsTheSameForEveryChunking_data();
+    void verdictIsTheSameForEveryChunking();
+    void bareReturnsEndLinesToo();
+    void simulatedBoardPlaysALog();
+    void resultsStandBehindTheirLinesInTheDetail();
+    void secondBoardWithoutResetInheritsTheFirst();
+    void successWithOnlyOneHalfIsDoubted_data();
+    void successWithOnlyOneHalfIsDoubted();
+
+    void lineInTwoChunksIsParsedOnce();
+    void returnBeforeLineFeedStaysInTheLine();
+    void chunkWithReturnsOnlyIsCutThere();
+    void chunkBeginningWithAReturnIsNotCut();
+    void nulEndsItsPiece();
+    void pendingLineOutlivesReset();
+    void oneResultALine();
+    void lineOfAMegabyteIsOneLine();
+    void markersInALongRunAreAllPosted();
+
+    void fileIsPlayedLikeThePort();
+    void missingFileIsNoMatter();
+
+    void unpluggedPortNeitherSpinsNorSticks();
+    void leavingThePageReleasesThePort_data();
+    void leavingThePageReleasesThePort();
+    void resetsForEver();
+
+private:
+    void Rebuild();
+    void WaitForThePort(const QString& result);
+    void Play(const QByteArray& log, unsigned seed, int largestChunk);
+    QTextEdit* View(int index)
+    {
+        return qobject_cast<QTextEdit*>(m_page->findChild<QTabWidget*>()->widget(index));
+    }
+    QString Shown(int index)
+    {
+        qobject_cast<ReceiveView*>(View(index))->ShowGathered();
+        return View(index)->toPlainText();
+    }
+    QString Summary() { return Shown(0); }
+    QString Detail() { return Shown(1); }
+    QSerialPort* Port() { return m_page->findChild<QSerialPort*>(); }
+    QColor ButtonColour(const char* name)
+    {
+        return m_page->findChild<QPushButton*>(name)->grab().toImage().pixelColor(5, 25);
+    }
+
+    std::unique_ptr<ToolProductionTest> m_page;
+};
+
+void ProductionTesterTest::initTestCase()
+{
+    QFile style(":/qss/style.qss");
+    QVERIFY(style.open(QIODevice::ReadOnly));
+    qApp->setStyleSheet(style.readAll());
+}
+
+void ProductionTesterTest::init()
+{
+    Board::Become("language english\n");
+    MoskSettings::GetInstance()->SetValue("Language", "english");
+    MoskTranslator::Reload();
+    Rebuild();
+}
+
+void ProductionTesterTest::cleanup()
+{
+    m_page.reset();
+    QFile::remove("a40ilog.txt");
+}
+
+void ProductionTesterTest::Rebuild()
+{
+    m_page = std::make_unique<ToolProductionTest>(nullptr);
+    m_page->resize(1024, 550);
+    m_page->show();
+}
+
+/// Waits for the page to try its port, and looks at what it then shows.
+void ProductionTesterTest::WaitForThePort(const QString& result)
+{
+    QTRY_COMPARE(Summary(), result);
+    QCOMPARE(Detail(), result);
+}
+
+/// Hands the log to the page in chunks of every size up to the largest.
+void ProductionTesterTest::Play(const QByteArray& log, unsigned seed, int largestChunk)
+{
+    std::mt19937 random(seed);
+    for (int at = 0; at < log.size();) {
+        const int chunk = 1 + static_cast<int>(random() % static_cast<unsigned>(largestChunk));
+        m_page->ProcessData(log.mid(at, chunk));
+        at += chunk;
+    }
+}
+
+void ProductionTesterTest::pageStandsAsDesigned()
+{
+    auto* layout = qobject_cast<QGridLayout*>(m_page->layout());
+    QVERIFY(layout != nullptr);
+    QCOMPARE(layout->contentsMargins(), QMargins(40, 20, 40, 20));
+    QCOMPARE(layout->spacing(), 20);
+    const QStringList names{"btnSummary", "btnDetail", QString(), "btnReset"};
+    const QStringList texts{"Abstract", "Detail", QString(), "Reset"};
+    for (int row : {0, 1, 3}) {
+        auto* button = InGrid<QPushButton>(m_page.get(), row, 0);
+        QVERIFY(button != nullptr);
+        QCOMPARE(button->objectName(), names.at(row));
+        QCOMPARE(button->text(), texts.at(row));
+        QCOMPARE(button->size(), QSize(100, 50));
+    }
+    QCOMPARE(InGrid<QWidget>(m_page.get(), 2, 0)->size(), QSize(100, 20));
+
+    auto* tabs = InGrid<QTabWidget>(m_page.get(), 0, 1);
+    QVERIFY(tabs != nullptr);
+    QCOMPARE(tabs->count(), 2);
+    QCOMPARE(tabs->tabText(0), QString("tab0"));
+    QCOMPARE(tabs->tabText(1), QString("tab1"));
+    QVERIFY(!tabs->tabBar()->isVisible());
+    QCOMPARE(tabs->styleSheet(), QString("QTabWidget::pane{border:none;}"));
+    for (int i : {0, 1}) {
+        QVERIFY(View(i)->isReadOnly());
+        QCOMPARE(View(i)->font().pixelSize(), 22);
+    }
+}
+
+void ProductionTesterTest::pageIsInTheLanguageOfTheProgram()
+{
+    MoskSettings::GetInstance()->SetValue("Language", "chinese");
+    MoskTranslator::Reload();
+    Rebuild();
+    QCOMPARE(m_page->findChild<QPushButton*>("btnSummary")->text(), QString::fromUtf8("摘要"));
+    QCOMPARE(m_page->findChild<QPushButton*>("btnDetail")->text(), QString::fromUtf8("详情"));
+    QCOMPARE(m_page->findChild<QPushButton*>("btnReset")->text(), QString::fromUtf8("重置"));
+    WaitForThePort(QString::fromUtf8("******** 打开串口失败！ [/dev/ttyS2]\n"));
+    m_page->ParseLine("mmc 2 exit ok");
+    QVERIFY(Summary().endsWith(QString::fromUtf8("******** 已关机！\n")));
+}
+
+void ProductionTesterTest::portOpensATenthOfASecondLater()
+{
+    PseudoTerminal terminal("/dev/ttyS2");
+    QVERIFY(Port() == nullptr);
+    QCOMPARE(Summary(), QString());
+    WaitForThePort(opened);
+    QCOMPARE(LineColours(*View(0)), QList<QColor>{green});
+    QCOMPARE(LineColours(*View(1)), QList<QColor>{green});
+    QVERIFY(Port()->isOpen());
+    QCOMPARE(Port()->baudRate(), 115200);
+    QCOMPARE(Port()->dataBits(), QSerialPort::Data8);
+    QCOMPARE(Port()->parity(), QSerialPort::NoParity);
+    QCOMPARE(Port()->stopBits(), QSerialPort::OneStop);
+    QCOMPARE(Port()->flowControl(), QSerialPort::NoFlowControl);
+
+    // It tries once.
+    QTest::qWait(250);
+    QCOMPARE(Summary(), opened);
+}
+
+void ProductionTesterTest::missingPortShowsInRed()
+{
+    WaitForThePort(notOpened);
+    QCOMPARE(LineColours(*View(0)), QList<QColor>{red});
+    QCOMPARE(LineColours(*View(1)), QList<QColor>{red});
+    QVERIFY(Port() == nullptr);
+}
+
+void ProductionTesterTest::summaryShowsFirstAndItsButtonIsLit()
+{
+    auto* tabs = m_page->findChild<QTabWidget*>();
+    QCOMPARE(tabs->currentIndex(), 0);
+    QCOMPARE(ButtonColour("btnSummary"), lit);
+    QCOMPARE(ButtonColour("btnDetail"), unlit);
+    for (int i = 0; i < 2; ++i) {
+        Press(m_page.get(), "btnDetail");
+        QCOMPARE(tabs->currentIndex(), 1);
+        QCOMPARE(ButtonColour("btnSummary"), unlit);
+        QCOMPARE(ButtonColour("btnDetail"), lit);
+    }
+    for (int i = 0; i < 2; ++i) {
+        Press(m_page.get(), "btnSummary");
+        QCOMPARE(tabs->currentIndex(), 0);
+        QCOMPARE(ButtonColour("btnSummary"), lit);
+        QCOMPARE(ButtonColour("btnDetail"), unlit);
+    }
+    QCOMPARE(m_page->findChild<QPushButton*>("btnReset")->property("status").toString(),
+             QString("off"));
+}
+
+void ProductionTesterTest::resetBeginsAnew()
+{
+    PseudoTerminal terminal("/dev/ttyS2");
+    WaitForThePort(opened);
+    terminal.Write("successed in download part rootfs\nsuccessed in downloading uboot\n");
+    QTRY_VERIFY(Summary().endsWith("Uboot succeed!\n"));
+    Press(m_page.get(), "btnReset");
+    QCOMPARE(Summary(), opened);
+    QCOMPARE(Detail(), opened);
+    // What the first board had does not count for the second.
+    terminal.Write("sprite success\n");
+    QTRY_VERIFY(Summary().endsWith("some results were not detected!\n"));
+}
+
+void ProductionTesterTest::resetOpensAPortThatCameUpSince()
+{
+    WaitForThePort(notOpened);
+    Press(m_page.get(), "btnReset");
+    QCOMPARE(Summary(), notOpened);
+    PseudoTerminal terminal("/dev/ttyS2");
+    Press(m_page.get(), "btnReset");
+    QCOMPARE(Summary(), opened);
+}
+
+void ProductionTesterTest::goodBoardPasses()
+{
+    PseudoTerminal terminal("/dev/ttyS2");
+    WaitForThePort(opened);
+    const FlashingRun run;
+    const QByteArray log = LogOf(run);
+    std::mt19937 random(3);
+    for (int at = 0; at < log.size();) {
+        const int chunk = 1 + static_cast<int>(random() % 200);
+        terminal.Write(log.mid(at, chunk));
+        at += chunk;
+        QCoreApplication::processEvents();
+    }
+    QTRY_COMPARE(Summary(), opened + ResultsOf(run));
+    for (const QColor& colour : LineColours(*View(0))) {
+        QCOMPARE(colour, green);
+    }
+}
+
+void ProductionTesterTest::verdictIsThatOfTheRun_data()
+{
+    QTest::addColumn<FlashingRun>("run");
+    QTest::addColumn<int>("reds");
+
+    FlashingRun run;
+    QTest::newRow("good eMMC") << run << 0;
+    run.isNand = true;
+    QTest::newRow("good NAND") << run << 0;
+    run.selfTestPasses = false;
+    QTest::newRow("self-test fails") << run << 3;
+    run = FlashingRun();
+    run.outcome = FlashingRun::Outcome::NoUboot;
+    QTest::newRow("no U-Boot") << run << 1;
+    run.outcome = FlashingRun::Outcome::Stuck;
+    QTest::newRow("stuck") << run << 0;
+    run = FlashingRun();
+    run.countsWithReturns = true;
+    run.lineEnd = "\n";
+    QTest::newRow("counters with returns") << run << 0;
+}
+
+void ProductionTesterTest::verdictIsThatOfTheRun()
+{
+    QFETCH(FlashingRun, run);
+    QFETCH(int, reds);
+    WaitForThePort(notOpened);
+    Play(LogOf(run), run.seed, 300);
+    QCOMPARE(Summary(), notOpened + ResultsOf(run));
+    QCOMPARE(LineColours(*View(0)).count(red), reds + 1);
+}
+
+void ProductionTesterTest::verdictIsTheSameForEveryChunking_data()
+{
+    QTest::addColumn<QString>("lineEnd");
+    QTest::addColumn<int>("largestChunk");
+    for (const QString lineEnd : {"\n", "\r\n"}) {
+        const QString name = lineEnd == "\n" ? "LF" : "CR LF";
+        for (const int largest : {1, 2, 7, 64, 1000, 1000000}) {
+            QTest::newRow(qPrintable(QString("%1, up to %2").arg(name).arg(largest)))
+                << lineEnd << largest;
+        }
+    }
+}
+
+void ProductionTesterTest::verdictIsTheSameForEveryChunking()
+{
+    QFETCH(QString, lineEnd);
+    QFETCH(int, largestChunk);
+    WaitForThePort(notOpened);
+    for (const unsigned seed : {1U, 2U, 3U}) {
+        Press(m_page.get(), "btnReset");
+        FlashingRun run;
+        run.seed = seed;
+        run.lineEnd = lineEnd.toStdString();
+        Play(LogOf(run), seed, largestChunk);
+        QCOMPARE(Summary(), notOpened + ResultsOf(run));
+    }
+}
+
+void ProductionTesterTest::bareReturnsEndLinesToo()
+{
+    WaitForThePort(notOpened);
+    FlashingRun run;
+    run.lineEnd = "\r";
+    // A line at a time, as a slow line brings them.
+    for (const QByteArray& line : LogOf(run).split('\r')) {
+        if (!line.isEmpty()) {
+            m_page->ProcessData(line + '\r');
+        }
+    }
+    QCOMPARE(Summary(), notOpened + ResultsOf(run));
+}
+
+void ProductionTesterTest::simulatedBoardPlaysALog()
+{
+    Board::Become("port ttyS2 log bad\n");
+    FlashingRun run;
+    run.selfTestPasses = false;
+    QTRY_COMPARE_WITH_TIMEOUT(Summary(), opened + ResultsOf(run), 60000);
+    QVERIFY(Detail().count('\n') > 1000);
+}
+
+void ProductionTesterTest::resultsStandBehindTheirLinesInTheDetail()
+{
+    WaitForThePort(notOpened);
+    m_page->ProcessData("one\nMOSK_HARD_NET: ok\ntwo\nMOSK_HARD_DDR: no\nthr");
+    m_page->ProcessData("ee");
+    QCOMPARE(View(1)->toPlainText(), notOpened +
+                                         "one\nMOSK_HARD_NET: ok\n******** Network OK!\ntwo\n"
+                                         "MOSK_HARD_DDR: no\n******** DDR anomaly!\nthree");
+    const QList<QColor> colours{red, black, black, green, black, black, red, black};
+    QCOMPARE(LineColours(*View(1)), colours);
+    QCOMPARE(View(0)->toPlainText(), notOpened + "******** Network OK!\n******** DDR anomaly!\n");
+}
+
+void ProductionTesterTest::secondBoardWithoutResetInheritsTheFirst()
+{
+    WaitForThePort(notOpened);
+    Play(LogOf({}), 1, 500);
+    m_page->ProcessData("sprite success\n");
+    QVERIFY(Summary().endsWith("******** Burn succeed!\n"));
+}
+
+void ProductionTesterTest::successWithOnlyOneHalfIsDoubted_data()
+{
+    QTest::addColumn<QByteArray>("half");
+    QTest::newRow("none") << QByteArray();
+    QTest::newRow("rootfs") << QByteArray("successed in download part rootfs\n");
+    QTest::newRow("U-Boot") << QByteArray("successed in downloading uboot\n");
+}
+
+void ProductionTesterTest::successWithOnlyOneHalfIsDoubted()
+{
+    QFETCH(QByteArray, half);
+    WaitForThePort(notOpened);
+    m_page->ProcessData(half);
+    m_page->ProcessData("sprite success\n");
+    QVERIFY(Summary().endsWith(
+        "******** Prompt for successful burning, but some results were not detected!\n"));
+    QCOMPARE(LineColours(*View(0)).last(), red);
+    // In any order: the other half may still come.
+    m_page->ProcessData("successed in downloading uboot\nsuccessed in download part rootfs\n");
+    m_page->ProcessData("sprite success\n");
+    QVERIFY(Summary().endsWith("******** Burn succeed!\n"));
+    QCOMPARE(LineColours(*View(0)).last(), green);
+}
+
+void ProductionTesterTest::lineInTwoChunksIsParsedOnce()
+{
+    WaitForThePort(notOpened);
+    m_page->ProcessData("mmc 2 ");
+    QCOMPARE(Detail(), notOpened + "mmc 2 ");
+    QCOMPARE(Summary(), notOpened);
+    m_page->ProcessData("");
+    m_page->ProcessData("exit\n");
+    QCOMPARE(Detail(), notOpened + "mmc 2 exit\n******** Shutdown!\n");
+    QCOMPARE(Summary(), notOpened + "******** Shutdown!\n");
+}
+
+void ProductionTesterTest::returnBeforeLineFeedStaysInTheLine()
+{
+    WaitForThePort(notOpened);
+    m_page->ProcessData("mmc 2 exit\r\nMOSK_HARD_NET: ok\r\n");
+    QCOMPARE(Detail(), notOpened + "mmc 2 exit\n******** Shutdown!\nMOSK_HARD_NET: ok\n"
+                                   "******** Network OK!\n");
+}
+
+void ProductionTesterTest::chunkWithReturnsOnlyIsCutThere()
+{
+    WaitForThePort(notOpened);
+    m_page->ProcessData("begin to erase flash\r");
+    QCOMPARE(Summary(), notOpened + "******** Start erasing flash!\n");
+    QCOMPARE(Detail(), notOpened + "begin to erase flash\n******** Start erasing flash!\n");
+}
+
+void ProductionTesterTest::chunkBeginningWithAReturnIsNotCut()
+{
+    WaitForThePort(notOpened);
+    m_page->ProcessData("\rbegin to erase flash\rmmc 2 exit\r");
+    QCOMPARE(Summary(), notOpened);
+    // It stays pending: the next line end completes it, and the first marker in it decides.
+    m_page->ProcessData("\n");
+    QCOMPARE(Summary(), notOpened + "******** Start erasing flash!\n");
+}
+
+void ProductionTesterTest::nulEndsItsPiece()
+{
+    WaitForThePort(notOpened);
+    m_page->ProcessData(QByteArray("one\0mmc 2 exit\ntwo\n", 19));
+    QCOMPARE(Detail(), notOpened + "one\ntwo\n");
+    QCOMPARE(Summary(), notOpened);
+}
+
+void ProductionTesterTest::pendingLineOutlivesReset()
+{
+    WaitForThePort(notOpened);
+    m_page->ProcessData("mmc 2 ");
+    Press(m_page.get(), "btnReset");
+    QCOMPARE(Detail(), notOpened);
+    m_page->ProcessData("exit\n");
+    QCOMPARE(Detail(), notOpened + "exit\n******** Shutdown!\n");
+}
+
+void ProductionTesterTest::oneResultALine()
+{
+    WaitForThePort(notOpened);
+    m_page->ProcessData("mmc 2 exit, sprite success\n");
+    QCOMPARE(Summary().count("********"), 2);
+    QVERIFY(Summary().endsWith("some results were not detected!\n"));
+}
+
+void ProductionTesterTest::lineOfAMegabyteIsOneLine()
+{
+    WaitForThePort(notOpened);
+    for (int i = 0; i < 16384; ++i) {
+        m_page->ProcessData(QByteArray(64, 'x'));
+    }
+    m_page->ProcessData("sprite succ");
+    m_page->ProcessData("ess");
+    QCOMPARE(Summary(), notOpened);
+    m_page->ProcessData("\nnext\n");
+    QCOMPARE(Summary().count("********"), 2);
+    QVERIFY(Detail().endsWith(
+        "xxsprite success\n"
+        "******** Prompt for successful burning, but some results were not detected!\nnext\n"));
+}
+
+void ProductionTesterTest::markersInALongRunAreAllPosted()
+{
+    WaitForThePort(notOpened);
+    QByteArray log;
+    for (int i = 0; i < 50000; ++i) {
+        log += "[" + QByteArray::number(i) + "] sparse: chunk to sector, no err, no fail\r\n";
+        if (i % 100 == 99) {
+            log += "MOSK_HARD_NET: ok " + QByteArray::number(i) + "\r\n";
+        }
+    }
+    for (int at = 0; at < log.size(); at += 4096) {
+        m_page->ProcessData(log.mid(at, 4096));
+        QCoreApplication::processEvents();
+    }
+    QCOMPARE(Summary().count("******** Network OK!\n"), 500);
+    const QString detail = Detail();
+    QVERIFY(detail.count('\n') >= 20000);
+    // The newest of the log, with each result behind its own line.
+    const QStringList lines = detail.split('\n');
+    QCOMPARE(lines.at(lines.size() - 3), QString("MOSK_HARD_NET: ok 49999"));
+    for (int i = 1; i < lines.size(); ++i) {
+        if (lines.at(i).startsWith("********")) {
+            QVERIFY(lines.at(i - 1).startsWith("MOSK_HARD_NET"));
+        }
+    }
+}
+
+void ProductionTesterTest::fileIsPlayedLikeThePort()
+{
+    WaitForThePort(notOpened);
+    const FlashingRun run;
+    Board::WriteFile("a40ilog.txt", LogOf(run));
+    m_page->ProcessFile();
+    QCOMPARE(Summary(), notOpened + ResultsOf(run));
+    QVERIFY(Detail().contains("HELLO! BOOT0 is starting!"));
+}
+
+void ProductionTesterTest::missingFileIsNoMatter()
+{
+    WaitForThePort(notOpened);
+    m_page->ProcessFile();
+    QCOMPARE(Summary(), notOpened);
+    QCOMPARE(Detail(), notOpened);
+}
+
+void ProductionTesterTest::unpluggedPortNeitherSpinsNorSticks()
+{
+    auto terminal = std::make_unique<PseudoTerminal>("/dev/ttyS2");
+    WaitForThePort(opened);
+    terminal->Write("last words");
+    QTRY_COMPARE(Detail(), opened + "last words");
+    QSignalSpy errors(Port(), &QSerialPort::errorOccurred);
+    QTest::ignoreMessage(QtDebugMsg, "Lost device:/dev/ttyS2, hung up");
+    terminal.reset();
+    QTRY_VERIFY(!Port()->isOpen());
+    const int reported = errors.count();
+    QVERIFY2(reported < 50, qPrintable(QString::number(reported)));
+    QTest::qWait(100);
+    QCOMPARE(errors.count(), reported);
+
+    Press(m_page.get(), "btnReset");
+    QCOMPARE(Summary(), notOpened);
+    terminal = std::make_unique<PseudoTerminal>("/dev/ttyS2");
+    Press(m_page.get(), "btnReset");
+    QCOMPARE(Summary(), opened);
+    terminal->Write("mmc 2 exit\n");
+    QTRY_VERIFY(Summary().endsWith("Shutdown!\n"));
+}
+
+void ProductionTesterTest::leavingThePageReleasesThePort_data()
+{
+    QTest::addColumn<bool>("waits");
+    QTest::addColumn<bool>("plugged");
+    QTest::addColumn<bool>("unplugged");
+    QTest::newRow("before the port was opened") << false << true << false;
+    QTest::newRow("open") << true << true << false;
+    QTest::newRow("not opened") << true << false << false;
+    QTest::newRow("unplugged") << true << true << true;
+}
+
+void ProductionTesterTest::leavingThePageReleasesThePort()
+{
+    QFETCH(bool, waits);
+    QFETCH(bool, plugged);
+    QFETCH(bool, unplugged);
+    const int before = OpenDescriptors();
+    std::unique_ptr<PseudoTerminal> terminal;
+    if (plugged) {
+        terminal = std::make_unique<PseudoTerminal>("/dev/ttyS2");
+    }
+    if (waits) {
+        WaitForThePort(plugged ? opened : notOpened);
+    }
+    if (unplugged) {
+        terminal.reset();
+    }
+    m_page.reset();
+    terminal.reset();
+    QCOMPARE(OpenDescriptors(), before);
+    // Nothing of the page is left to open the port after all.
+    QTest::qWait(150);
+    QCOMPARE(OpenDescriptors(), before);
+}
+
+void ProductionTesterTest::resetsForEver()
+{
+    PseudoTerminal terminal("/dev/ttyS2");
+    WaitForThePort(opened);
+    Press(m_page.get(), "btnReset");
+    const int descriptors = OpenDescriptors();
+    const int objects = m_page->findChildren<QObject*>().size();
+    for (int i = 0; i < 1000; ++i) {
+        Press(m_page.get(), "btnReset");
+    }
+    QCOMPARE(Summary(), opened);
+    QCOMPARE(OpenDescriptors(), descriptors);
+    QCOMPARE(m_page->findChildren<QObject*>().size(), objects);
+}
+
+QTEST_MAIN(ProductionTesterTest)
+#include "ProductionTesterTest.moc"

@@ -1,6 +1,7 @@
 #include "instruments/PortRows.h"
 
 #include "frame/MoskTranslator.h"
+#include "instruments/Title.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -18,8 +19,7 @@ QWidget* AddRow(QVBoxLayout* layout, const QString& titleKey, QWidget* field)
     rowLayout->setContentsMargins(0, 0, 0, 0);
     rowLayout->setSpacing(10);
 
-    auto* title = new QLabel(MoskTranslator::Translate(titleKey), row);
-    title->setFixedSize(80, 30);
+    QLabel* title = NewTitle(titleKey, QSize(80, 30), row);
     title->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     rowLayout->addWidget(title);
 

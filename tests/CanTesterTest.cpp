@@ -230,6 +230,8 @@ void CanTesterTest::openTwiceStaysAsItIs()
 {
     m_page->StopCan();
     m_page->StartCan(0);
+    m_bus->Send("001#");
+    QTRY_VERIFY(!Received().isEmpty());
     const int descriptors = Count("fd");
     const int threads = Count("task");
     m_page->StartCan(0);

@@ -105,7 +105,7 @@ public:
                 WriteAll(master, std::string_view(m_log).substr(at, chunk));
                 std::this_thread::sleep_for(std::chrono::milliseconds(10));
             }
-            std::this_thread::sleep_for(std::chrono::seconds(20));
+            std::this_thread::sleep_for(std::chrono::seconds(5));
         }
     }
 

@@ -9,3 +9,6 @@ void VisitHome(Tour& tour);
 void VisitBasic(Tour& tour);
 void VisitWifi(Tour& tour);
 void VisitRemoteAccess(Tour& tour);
+void VisitSerial(Tour& tour);
+void VisitCan(Tour& tour);
+void VisitProduction(Tour& tour);

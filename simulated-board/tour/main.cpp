@@ -14,6 +14,9 @@ const QList<Tour::Page> pages{
     {"basic", 2, 1, VisitBasic},
     {"wifi", 6, 3, VisitWifi},
     {"remote-access", 9, noTab, VisitRemoteAccess},
+    {"serial", 3, 2, VisitSerial},
+    {"can", 8, 5, VisitCan},
+    {"production", 5, noTab, VisitProduction},
 };
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "frame/KeyboardPanel.h"
 
+#include "frame/MoskUtility.h"
+
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QDebug>
@@ -11,7 +13,6 @@
 #include <QQuickItem>
 #include <QQuickWidget>
 #include <QQuickWindow>
-#include <QSGRendererInterface>
 #include <QTimer>
 
 namespace
@@ -154,12 +155,15 @@ void KeyboardPanel::Open()
 void KeyboardPanel::Load()
 {
     // The board's platform has no OpenGL; keys are drawn as fast without.
-    QQuickWindow::setSceneGraphBackend(QSGRendererInterface::Software);
+    const QString software = "software";
+    if (QQuickWindow::sceneGraphBackend() != software) {
+        QQuickWindow::setSceneGraphBackend(software);
+    }
     auto* keys = new QQuickWidget(m_window);
     keys->engine()->setOutputWarningsToStandardError(false);
     auto* component =
         new QQmlComponent(keys->engine(), QUrl("qrc:/keyboard/KeyboardPanel.qml"), keys);
-    QObject* root = component->create();
+    QObject* root = component->isReady() ? component->create() : nullptr;
     keys->engine()->setOutputWarningsToStandardError(true);
     if (root == nullptr) {
         Warn(component->errorString().simplified());
@@ -171,6 +175,7 @@ void KeyboardPanel::Load()
     keys->setResizeMode(QQuickWidget::SizeRootObjectToView);
     keys->setContent(component->url(), component, root);
     keys->hide();
+    connect(keys->rootObject(), SIGNAL(keysHeightChanged()), m_settle, SLOT(start()));
     m_keys = keys;
 }
 
@@ -184,18 +189,22 @@ bool KeyboardPanel::IsWanted() const
 
 void KeyboardPanel::ShowBelow(const QWidget* field)
 {
-    // The keys are as high as their width asks for.
-    m_keys->resize(m_window->width(), m_keys->height());
-    const int height = qRound(m_keys->rootObject()->property("keysHeight").toReal());
-    const int room = m_window->height() - height;
-    m_keys->setGeometry(0, room, m_window->width(), height);
+    // The keys are as high as their width asks for. A page can make the window higher than the
+    // screen, where its lower edge is not to be seen.
+    const QSize seen = m_window->size().boundedTo(MoskUtility::GetMainWindowSize());
+    QQuickItem* root = m_keys->rootObject();
+    root->setWidth(seen.width());
+    const int height = qRound(root->property("keysHeight").toReal());
+    const int room = seen.height() - height;
+    m_keys->setGeometry(0, room, seen.width(), height);
     m_keys->raise();
     m_keys->show();
 
     const QWidget* content = m_window->centralWidget();
     const QRect whole(field->mapTo(content, QPoint(0, 0)), field->size());
     const QRect line = field->inputMethodQuery(Qt::ImCursorRectangle).toRect();
-    MoveContent(qMin(DistanceUp(whole, line.translated(whole.topLeft()) & whole, room), height));
+    MoveContent(qMin(DistanceUp(whole, line.translated(whole.topLeft()) & whole, room),
+                     m_window->height() - room));
 }
 
 void KeyboardPanel::MoveContent(int distance)

@@ -1,0 +1,626 @@
+#include "frame/BodyWidget.h"
+#include "frame/MoskSettings.h"
+#include "frame/MoskTester.h"
+#include "pages/BasicTester.h"
+#include "simulated-board/Board.h"
+#include "tests/Operate.h"
+
+#include <QComboBox>
+#include <QPushButton>
+#include <QQuickItem>
+#include <QQuickWidget>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QTextBlock>
+#include <QTextEdit>
+#include <QTouchDevice>
+
+#include <functional>
+#include <memory>
+
+#include <qpa/qwindowsysteminterface.h>
+#include <sys/mount.h>
+
+namespace
+{
+
+const char* const layoutsModule = "/usr/lib/x86_64-linux-gnu/qt5/qml/QtQuick/Layouts";
+
+QStringList g_warnings;
+
+void KeepWarning(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
+{
+    if (type == QtWarningMsg && !text.startsWith("Hunspell dictionary is missing")) {
+        g_warnings += text;
+    }
+}
+
+} // namespace
+
+class KeyboardPanelTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void missingModuleIsSaidOnceAndTheRestWorks();
+
+    void keyboardIsLoadedWhenAFieldIsFirstTapped();
+    void keysTypeWhatIsOnThem();
+    void fieldOfEveryRowStaysInSight_data();
+    void fieldOfEveryRowStaysInSight();
+    void lineTypedIntoStaysInSight_data();
+    void lineTypedIntoStaysInSight();
+    void fieldStaysInSightWhenTheWindowChangesItsSize();
+    void pageKeepsItsLayout();
+
+    void hideKeyGivesTheRoomBackAndATapTakesItAgain();
+    void buttonPressedBesideTheKeyboardIsClicked_data();
+    void buttonPressedBesideTheKeyboardIsClicked();
+    void listOpenedBesideTheKeyboardStaysAtItsPlace();
+    void nothingMovesUnderTheFingerOnAField();
+    void otherFieldTakesTheKeyboardOver();
+
+    void whatTakesNoTextOpensNoKeyboard_data();
+    void whatTakesNoTextOpensNoKeyboard();
+    void scrollingOpensNoKeyboard();
+    void focusWithoutATapOpensNoKeyboard();
+    void boxIsNotCovered();
+
+    void pageChangeHidesTheKeyboard();
+    void languageChangeHidesTheKeyboard();
+    void fieldDisabledWhileTypedIntoHidesTheKeyboard();
+
+private:
+    void Tap(const QWidget* widget, const QPoint& position);
+    void Tap(const QWidget* widget) { Tap(widget, widget->rect().center()); }
+    using IsKey = std::function<bool(const QQuickItem& item)>;
+    QQuickItem* ShownKey(const IsKey& isKey);
+    void TapKey(const IsKey& isKey);
+    void TapKey(const QString& label);
+    void TapKey(Qt::Key code);
+    void TapHideKey();
+    QQuickWidget* Keyboard() { return m_window->findChild<QQuickWidget*>("keyboardPanel"); }
+    bool IsKeyboardShown() { return Keyboard() != nullptr && Keyboard()->isVisible(); }
+    bool IsContentAtRest();
+    void TakeScreenOf(const QSize& size);
+    QRect InWindow(const QWidget* widget) const;
+    BasicTester* OpenBasicPage();
+    QTextEdit* OpenTextPage();
+
+    std::unique_ptr<MoskTester> m_window;
+};
+
+void KeyboardPanelTest::initTestCase()
+{
+    QFile style(":/qss/style.qss");
+    QVERIFY(style.open(QIODevice::ReadOnly));
+    qApp->setStyleSheet(style.readAll());
+    Board::Become("language english\n");
+    // The pictures that are compared do not blink.
+    QApplication::setCursorFlashTime(0);
+}
+
+void KeyboardPanelTest::init()
+{
+    MoskSettings::GetInstance()->SetValue("Language", "english");
+    MoskTranslator::Reload();
+    m_window = std::make_unique<MoskTester>();
+    g_mainwnd = m_window.get();
+    TakeScreenOf({1024, 600});
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    g_warnings.clear();
+    qInstallMessageHandler(KeepWarning);
+}
+
+void KeyboardPanelTest::cleanup()
+{
+    qInstallMessageHandler(nullptr);
+    m_window.reset();
+    g_mainwnd = nullptr;
+}
+
+// As the screen's driver reports it: what lies there takes it.
+void KeyboardPanelTest::Tap(const QWidget* widget, const QPoint& position)
+{
+    QTest::mouseClick(m_window->windowHandle(), Qt::LeftButton, {},
+                      widget->mapTo(m_window.get(), position));
+}
+
+QQuickItem* KeyboardPanelTest::ShownKey(const IsKey& isKey)
+{
+    QList<QQuickItem*> items = {Keyboard()->rootObject()};
+    while (!items.isEmpty()) {
+        QQuickItem* item = items.takeFirst();
+        if (item->isVisible() && item->isEnabled() && isKey(*item)) {
+            return item;
+        }
+        items += item->childItems();
+    }
+    return nullptr;
+}
+
+void KeyboardPanelTest::TapKey(const IsKey& isKey)
+{
+    // A layout's keys come some time after the keyboard.
+    QTRY_VERIFY(ShownKey(isKey) != nullptr);
+    const QQuickItem* key = ShownKey(isKey);
+    Tap(Keyboard(), key->mapToScene(key->boundingRect().center()).toPoint());
+    QCoreApplication::processEvents();
+}
+
+void KeyboardPanelTest::TapKey(const QString& label)
+{
+    TapKey([label](const QQuickItem& key) { return key.property("displayText") == label; });
+}
+
+void KeyboardPanelTest::TapKey(Qt::Key code)
+{
+    TapKey([code](const QQuickItem& key) { return key.property("key") == int(code); });
+}
+
+void KeyboardPanelTest::TapHideKey()
+{
+    TapKey([](const QQuickItem& key) {
+        return QByteArray(key.metaObject()->className()).startsWith("HideKeyboardKey");
+    });
+}
+
+bool KeyboardPanelTest::IsContentAtRest()
+{
+    return m_window->centralWidget()->geometry() == m_window->rect();
+}
+
+void KeyboardPanelTest::TakeScreenOf(const QSize& size)
+{
+    const QRect screen(QPoint(0, 0), size);
+    QWindowSystemInterface::handleScreenGeometryChange(QGuiApplication::primaryScreen(), screen,
+                                                       screen);
+    QWindowSystemInterface::sendWindowSystemEvents(QEventLoop::AllEvents);
+    m_window->resize(size);
+}
+
+QRect KeyboardPanelTest::InWindow(const QWidget* widget) const
+{
+    return {widget->mapTo(m_window.get(), QPoint(0, 0)), widget->size()};
+}
+
+BasicTester* KeyboardPanelTest::OpenBasicPage()
+{
+    m_window->GetBody()->OpenPage(BodyWidget::BasicPage);
+    QCoreApplication::processEvents();
+    return m_window->findChild<BasicTester*>();
+}
+
+// A view over the whole body, as pages have that show what they receive.
+QTextEdit* KeyboardPanelTest::OpenTextPage()
+{
+    m_window->GetBody()->OpenPage(BodyWidget::NoPage);
+    auto* text = new QTextEdit(m_window->GetBody());
+    m_window->GetBody()->layout()->addWidget(text);
+    for (int i = 0; i < 60; ++i) {
+        text->append(QString("line %1").arg(i));
+    }
+    QCoreApplication::processEvents();
+    return text;
+}
+
+// First of all: once loaded, the module is there until the process ends.
+void KeyboardPanelTest::missingModuleIsSaidOnceAndTheRestWorks()
+{
+    QVERIFY(mount("none", layoutsModule, "tmpfs", 0, nullptr) == 0);
+    BasicTester* page = OpenBasicPage();
+    auto* line = InGrid<QLineEdit>(page, 8, 1);
+
+    Tap(line);
+    QTRY_VERIFY(!g_warnings.isEmpty());
+    Tap(InGrid<QLineEdit>(page, 5, 1));
+    QTest::qWait(50);
+    umount(layoutsModule);
+
+    QVERIFY2(g_warnings.size() == 1, qPrintable(g_warnings.join("\n")));
+    QVERIFY2(g_warnings[0].contains("module \"QtQuick.Layouts\" is not installed"),
+             qPrintable(g_warnings[0]));
+    QVERIFY(!IsKeyboardShown());
+    QVERIFY(IsContentAtRest());
+    QTest::keyClicks(line, "x");
+    QVERIFY(line->text().endsWith('x'));
+    Press(page, "btnUsbTest");
+    QCOMPARE(InGrid<QLineEdit>(page, 0, 1)->text(),
+             QString("Detected that there is(are) 0 USB flash drive inserted!"));
+}
+
+void KeyboardPanelTest::keyboardIsLoadedWhenAFieldIsFirstTapped()
+{
+    BasicTester* page = OpenBasicPage();
+    QVERIFY(Keyboard() == nullptr);
+
+    Tap(InGrid<QLineEdit>(page, 0, 1));
+
+    QTRY_VERIFY(IsKeyboardShown());
+    QCOMPARE(Keyboard()->geometry().bottom(), m_window->rect().bottom());
+    QCOMPARE(Keyboard()->width(), m_window->width());
+    QVERIFY(IsContentAtRest());
+    QVERIFY2(g_warnings.isEmpty(), qPrintable(g_warnings.join("\n")));
+}
+
+void KeyboardPanelTest::keysTypeWhatIsOnThem()
+{
+    auto* line = InGrid<QLineEdit>(OpenBasicPage(), 8, 1);
+    Tap(line);
+    QTRY_VERIFY(IsKeyboardShown());
+    line->clear();
+
+    for (const char* label : {"a", "b", "c", ".", "d", ",", "&123", "1", "0", ".", "2", ":", "-"}) {
+        TapKey(label);
+    }
+    TapKey("ABC");
+    TapKey(Qt::Key_Shift);
+    TapKey("f");
+    TapKey("g");
+    TapKey(Qt::Key_Space);
+    TapKey("h");
+    TapKey(Qt::Key_Backspace);
+    TapKey("i");
+
+    QCOMPARE(line->text(), QString("abc.d,10.2:-Fg i"));
+    QVERIFY2(g_warnings.isEmpty(), qPrintable(g_warnings.join('\n')));
+}
+
+void KeyboardPanelTest::fieldOfEveryRowStaysInSight_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("row");
+
+    for (const QSize& size : {QSize(1024, 600), QSize(800, 480)}) {
+        for (const int row : {0, 1, 3, 4, 5, 6, 7, 8}) {
+            QTest::addRow("%dx%d row %d", size.width(), size.height(), row) << size << row;
+        }
+    }
+}
+
+void KeyboardPanelTest::fieldOfEveryRowStaysInSight()
+{
+    QFETCH(QSize, size);
+    QFETCH(int, row);
+    TakeScreenOf(size);
+    auto* line = InGrid<QLineEdit>(OpenBasicPage(), row, 1);
+    const QSize atRest = m_window->size();
+
+    Tap(line);
+    QTRY_VERIFY(IsKeyboardShown());
+    line->setText(QString("typed in row %1").arg(row));
+    QCoreApplication::processEvents();
+
+    const QRect place = InWindow(line);
+    QVERIFY(m_window->rect().contains(place));
+    QVERIFY(QRect(QPoint(0, 0), size).contains(Keyboard()->geometry()));
+    QVERIFY(!Keyboard()->geometry().intersects(place));
+    QCOMPARE(m_window->grab(place).toImage(), line->grab().toImage());
+    QCOMPARE(m_window->size(), atRest);
+    // Nothing but the content's background shows below it.
+    QVERIFY(InWindow(m_window->centralWidget()).bottom() >= Keyboard()->geometry().top() - 1);
+}
+
+void KeyboardPanelTest::lineTypedIntoStaysInSight_data()
+{
+    QTest::addColumn<QSize>("size");
+
+    QTest::newRow("1024x600") << QSize(1024, 600);
+    QTest::newRow("800x480") << QSize(800, 480);
+}
+
+void KeyboardPanelTest::lineTypedIntoStaysInSight()
+{
+    QFETCH(QSize, size);
+    TakeScreenOf(size);
+    QTextEdit* text = OpenTextPage();
+    const auto isLineInSight = [this, text] {
+        const QRect line =
+            text->cursorRect().translated(text->viewport()->mapTo(m_window.get(), QPoint(0, 0)));
+        return line.top() >= 0 && line.bottom() < Keyboard()->geometry().top();
+    };
+
+    text->moveCursor(QTextCursor::Start);
+    Tap(text->viewport(), QPoint(20, text->viewport()->height() - 10));
+    QTRY_VERIFY(IsKeyboardShown());
+    QTRY_VERIFY(isLineInSight());
+    QVERIFY(!IsContentAtRest());
+
+    text->moveCursor(QTextCursor::Start);
+    QTRY_VERIFY(isLineInSight());
+    for (int i = 0; i < 30; ++i) {
+        TapKey(Qt::Key_Return);
+        QTRY_VERIFY(isLineInSight());
+    }
+    QCOMPARE(text->textCursor().blockNumber(), 30);
+}
+
+void KeyboardPanelTest::fieldStaysInSightWhenTheWindowChangesItsSize()
+{
+    auto* line = InGrid<QLineEdit>(OpenBasicPage(), 8, 1);
+    Tap(line);
+    QTRY_VERIFY(IsKeyboardShown());
+
+    TakeScreenOf({800, 480});
+
+    QTRY_COMPARE(Keyboard()->geometry().bottomRight(), QPoint(799, 479));
+    QTRY_VERIFY(m_window->rect().contains(InWindow(line)) &&
+                !Keyboard()->geometry().intersects(InWindow(line)));
+}
+
+void KeyboardPanelTest::pageKeepsItsLayout()
+{
+    BasicTester* page = OpenBasicPage();
+    const QRect pagePlace = page->geometry();
+    const QRect linePlace = InGrid<QLineEdit>(page, 8, 1)->geometry();
+    const QRect bodyPlace = m_window->GetBody()->geometry();
+
+    Tap(InGrid<QLineEdit>(page, 8, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+    const int moved = m_window->centralWidget()->y();
+    QVERIFY(moved < 0);
+    // What a label that grows does to the window's layout.
+    m_window->centralWidget()->updateGeometry();
+    QCoreApplication::processEvents();
+
+    QCOMPARE(m_window->centralWidget()->y(), moved);
+    QCOMPARE(page->geometry(), pagePlace);
+    QCOMPARE(InGrid<QLineEdit>(page, 8, 1)->geometry(), linePlace);
+    QCOMPARE(m_window->GetBody()->geometry(), bodyPlace);
+    QCOMPARE(m_window->size(), QSize(1024, 600));
+}
+
+void KeyboardPanelTest::hideKeyGivesTheRoomBackAndATapTakesItAgain()
+{
+    auto* line = InGrid<QLineEdit>(OpenBasicPage(), 8, 1);
+    Tap(line);
+    QTRY_VERIFY(IsKeyboardShown());
+
+    for (int i = 0; i < 3; ++i) {
+        TapHideKey();
+        QTRY_VERIFY(!IsKeyboardShown());
+        QVERIFY(IsContentAtRest());
+        QCOMPARE(QApplication::focusWidget(), line);
+
+        Tap(line);
+        QTRY_VERIFY(IsKeyboardShown());
+        QVERIFY(!Keyboard()->geometry().intersects(InWindow(line)));
+    }
+}
+
+void KeyboardPanelTest::buttonPressedBesideTheKeyboardIsClicked_data()
+{
+    QTest::addColumn<bool>("touch");
+
+    QTest::newRow("mouse") << false;
+    QTest::newRow("touch") << true;
+}
+
+void KeyboardPanelTest::buttonPressedBesideTheKeyboardIsClicked()
+{
+    QFETCH(bool, touch);
+    static QTouchDevice* const s_screen = QTest::createTouchDevice();
+    BasicTester* page = OpenBasicPage();
+    Tap(InGrid<QLineEdit>(page, 7, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+    auto* button = page->findChild<QPushButton*>("btnrRTCTest");
+    QSignalSpy clicks(button, &QPushButton::clicked);
+    QWindow* window = m_window->windowHandle();
+    const QRect place = InWindow(button);
+    QVERIFY(m_window->rect().contains(place));
+
+    if (touch) {
+        QTest::touchEvent(window, s_screen).press(0, place.center(), window);
+    } else {
+        QTest::mousePress(window, Qt::LeftButton, {}, place.center());
+    }
+    // A finger that stays for a while.
+    QTest::qWait(100);
+    QVERIFY(button->isDown());
+    QCOMPARE(QApplication::focusWidget(), button);
+    QCOMPARE(InWindow(button), place);
+    QVERIFY(IsKeyboardShown());
+    if (touch) {
+        QTest::touchEvent(window, s_screen).release(0, place.center(), window);
+    } else {
+        QTest::mouseRelease(window, Qt::LeftButton, {}, place.center());
+    }
+
+    QCOMPARE(clicks.count(), 1);
+    QTRY_VERIFY(!IsKeyboardShown());
+    QVERIFY(IsContentAtRest());
+}
+
+void KeyboardPanelTest::listOpenedBesideTheKeyboardStaysAtItsPlace()
+{
+    BasicTester* page = OpenBasicPage();
+    auto* list = InGrid<QComboBox>(page, 2, 1);
+    list->setEnabled(true);
+    Tap(InGrid<QLineEdit>(page, 7, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+    const QRect place = InWindow(list);
+    QVERIFY(place.top() >= 0 && !IsContentAtRest());
+
+    Tap(list);
+    QTRY_VERIFY(QApplication::activePopupWidget() != nullptr);
+    QTest::qWait(50);
+    QCOMPARE(InWindow(list), place);
+
+    QApplication::activePopupWidget()->close();
+    QTRY_VERIFY(!IsKeyboardShown());
+    QVERIFY(IsContentAtRest());
+}
+
+void KeyboardPanelTest::nothingMovesUnderTheFingerOnAField()
+{
+    auto* line = InGrid<QLineEdit>(OpenBasicPage(), 8, 1);
+    QWindow* window = m_window->windowHandle();
+    const QPoint finger = InWindow(line).center();
+
+    QTest::mousePress(window, Qt::LeftButton, {}, finger);
+    QTest::qWait(50);
+    QVERIFY(IsContentAtRest());
+    QTest::mouseRelease(window, Qt::LeftButton, {}, finger);
+
+    QTRY_VERIFY(IsKeyboardShown());
+    QVERIFY(!line->hasSelectedText());
+}
+
+void KeyboardPanelTest::otherFieldTakesTheKeyboardOver()
+{
+    BasicTester* page = OpenBasicPage();
+    Tap(InGrid<QLineEdit>(page, 8, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+    auto* other = InGrid<QLineEdit>(page, 5, 1);
+
+    Tap(other);
+    QTRY_COMPARE(QApplication::focusWidget(), other);
+    QTest::qWait(50);
+
+    QVERIFY(IsKeyboardShown());
+    QVERIFY(m_window->rect().contains(InWindow(other)));
+    other->clear();
+    TapKey("z");
+    QCOMPARE(other->text(), QString("z"));
+}
+
+void KeyboardPanelTest::whatTakesNoTextOpensNoKeyboard_data()
+{
+    QTest::addColumn<QString>("what");
+
+    QTest::newRow("view that is only read") << "view";
+    QTest::newRow("line that is only read") << "line";
+    QTest::newRow("list") << "list";
+    QTest::newRow("button") << "button";
+}
+
+void KeyboardPanelTest::whatTakesNoTextOpensNoKeyboard()
+{
+    QFETCH(QString, what);
+    QWidget* tapped = nullptr;
+    if (what == "view") {
+        QTextEdit* view = OpenTextPage();
+        view->setReadOnly(true);
+        tapped = view->viewport();
+    } else if (what == "line") {
+        auto* line = InGrid<QLineEdit>(OpenBasicPage(), 0, 1);
+        line->setReadOnly(true);
+        tapped = line;
+    } else if (what == "list") {
+        auto* list = InGrid<QComboBox>(OpenBasicPage(), 2, 1);
+        list->setEnabled(true);
+        tapped = list;
+    } else {
+        tapped = OpenBasicPage()->findChild<QPushButton*>("btnUsbTest");
+    }
+
+    Tap(tapped);
+    QTest::qWait(50);
+
+    QVERIFY(Keyboard() == nullptr);
+    QVERIFY(IsContentAtRest());
+    if (QWidget* popup = QApplication::activePopupWidget()) {
+        popup->close();
+    }
+}
+
+void KeyboardPanelTest::scrollingOpensNoKeyboard()
+{
+    QTextEdit* text = OpenTextPage();
+
+    Tap(text->verticalScrollBar());
+    QTest::qWait(50);
+
+    QVERIFY(!IsKeyboardShown());
+}
+
+// A page that disables the button just pressed hands the focus on to whatever comes next.
+void KeyboardPanelTest::focusWithoutATapOpensNoKeyboard()
+{
+    BasicTester* page = OpenBasicPage();
+    Tap(InGrid<QLineEdit>(page, 8, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+    auto* button = page->findChild<QPushButton*>("btn4gTest");
+    connect(button, &QPushButton::pressed, page, [page, button] {
+        InGrid<QLineEdit>(page, 0, 1)->setFocus(Qt::TabFocusReason);
+        button->setDown(false);
+    });
+
+    Tap(button);
+    QTRY_COMPARE(QApplication::focusWidget(), InGrid<QLineEdit>(page, 0, 1));
+    QTest::qWait(50);
+
+    QVERIFY(!IsKeyboardShown());
+    QVERIFY(IsContentAtRest());
+}
+
+void KeyboardPanelTest::boxIsNotCovered()
+{
+    BasicTester* page = OpenBasicPage();
+    Tap(InGrid<QLineEdit>(page, 8, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+
+    bool seen = false;
+    QMessageBox box(QMessageBox::Warning, "Warning", "text", QMessageBox::Ok, page);
+    QTimer::singleShot(50, &box, [this, &box, &seen] {
+        seen = !IsKeyboardShown() && IsContentAtRest();
+        QTest::mouseClick(box.button(QMessageBox::Ok), Qt::LeftButton);
+    });
+    box.exec();
+
+    QVERIFY(seen);
+}
+
+void KeyboardPanelTest::pageChangeHidesTheKeyboard()
+{
+    Tap(InGrid<QLineEdit>(OpenBasicPage(), 8, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+
+    m_window->GetBody()->OpenPage(BodyWidget::HomePage);
+
+    QTRY_VERIFY(!IsKeyboardShown());
+    QVERIFY(IsContentAtRest());
+}
+
+void KeyboardPanelTest::languageChangeHidesTheKeyboard()
+{
+    QPointer<BasicTester> page = OpenBasicPage();
+    Tap(InGrid<QLineEdit>(page, 8, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+
+    m_window->TranslateUI();
+
+    QTRY_VERIFY(page == nullptr);
+    QTRY_VERIFY(!IsKeyboardShown());
+    QVERIFY(IsContentAtRest());
+    Tap(InGrid<QLineEdit>(m_window->findChild<BasicTester*>(), 8, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+}
+
+void KeyboardPanelTest::fieldDisabledWhileTypedIntoHidesTheKeyboard()
+{
+    BasicTester* page = OpenBasicPage();
+    Tap(InGrid<QLineEdit>(page, 8, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+
+    page->setEnabled(false);
+
+    QTRY_VERIFY(!IsKeyboardShown());
+    QVERIFY(IsContentAtRest());
+}
+
+int main(int argc, char** argv)
+{
+    // As the program does before its application exists.
+    qputenv("QT_IM_MODULE", "qtvirtualkeyboard");
+    qputenv("QT_VIRTUALKEYBOARD_DESKTOP_DISABLE", "1");
+    QApplication application(argc, argv);
+    KeyboardPanelTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "KeyboardPanelTest.moc"

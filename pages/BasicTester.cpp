@@ -1,12 +1,18 @@
 #include "pages/BasicTester.h"
 
+#include "frame/MoskTester.h"
 #include "frame/MoskTranslator.h"
 #include "instruments/Ping.h"
 #include "instruments/ResultField.h"
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
+#include "pages/ControllerMessages.h"
+#include "pages/TouchTester.h"
 
 #include <QComboBox>
+#include <QDateTime>
+#include <QDebug>
+#include <QFile>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QLabel>
@@ -14,8 +20,15 @@
 #include <QProcess>
 #include <QPushButton>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include <fcntl.h>
+#include <sys/time.h>
+#include <unistd.h>
 
 namespace
 {
@@ -43,6 +56,54 @@ int CountSdCards()
         }
     }
     return count > 0 ? count - 1 : 0;
+}
+
+/// The rotation in a line of the touch screen's calibration file: the last of ten fields. Lines of
+/// older calibration tools have fewer, and no rotation.
+int RotationOf(const QByteArray& calibration)
+{
+    const QStringList fields = QString(calibration.constData()).split(' ');
+    if (fields.size() != 10) {
+        return 0;
+    }
+    const int rotation = fields[9].toInt();
+    return rotation >= 0 && rotation <= 3 ? rotation : 0;
+}
+
+/// Sends a message to the companion controller, at the speed that the system has set for its port.
+/// False when the port cannot be opened; it never waits for the controller.
+bool SendToController(const QByteArray& message)
+{
+    const char* const device = "/dev/ttyS5";
+    const int port = open(device, O_RDWR | O_NOCTTY | O_NONBLOCK);
+    if (port < 0) {
+        qWarning("Cannot open %s: %s", device, std::strerror(errno));
+        return false;
+    }
+    if (write(port, message.constData(), message.size()) != message.size()) {
+        qWarning("Cannot write to %s: %s", device, std::strerror(errno));
+    }
+    close(port);
+    return true;
+}
+
+/// Sets the system's clock to a local time.
+void SetSystemClock(const QDateTime& dt)
+{
+    std::tm fields = {};
+    fields.tm_sec = dt.time().second();
+    fields.tm_min = dt.time().minute();
+    fields.tm_hour = dt.time().hour();
+    fields.tm_mday = dt.date().day();
+    fields.tm_mon = dt.date().month() - 1;
+    fields.tm_year = dt.date().year() - 1900;
+    // The board runs without daylight saving.
+    fields.tm_isdst = 0;
+    timeval now = {};
+    now.tv_sec = std::mktime(&fields);
+    if (settimeofday(&now, nullptr) != 0) {
+        qWarning("Cannot set the system clock: %s", std::strerror(errno));
+    }
 }
 
 QString CountText(int count, const QString& whatKey)
@@ -110,6 +171,22 @@ BasicTester::BasicTester(QWidget* parent) : QWidget(parent)
     connect(clockGet, &QPushButton::clicked, this, &BasicTester::OnBtnGetRTCTestClicked);
     connect(clockSet, &QPushButton::clicked, this, &BasicTester::OnBtnSetRTCTestClicked);
     connect(mobileTest, &QPushButton::clicked, this, &BasicTester::OnBtn4gTestClicked);
+
+    InitCurrentRotate();
+}
+
+void BasicTester::InitCurrentRotate()
+{
+    QFile calibration("/var/setting/system/pointercal");
+    const bool opened = calibration.open(QIODevice::ReadOnly);
+    m_rotation->setCurrentIndex(opened ? RotationOf(calibration.readLine()) : 0);
+}
+
+void BasicTester::SetTimeTyUart(const QDateTime& dt)
+{
+    if (dt.isValid() && SendToController(TimeMessage(dt))) {
+        SetSystemClock(dt);
+    }
 }
 
 QLineEdit* BasicTester::NewLine(const QString& text)
@@ -145,11 +222,33 @@ void BasicTester::OnBtnSDCardTestClicked(bool /*checked*/)
     m_sdCard->setText(CountText(CountSdCards(), "Label_1000020"));
 }
 
-void BasicTester::OnBtnTouchCalcClicked(bool /*checked*/) {}
+void BasicTester::OnBtnTouchCalcClicked(bool /*checked*/)
+{
+    RunShell(QString("ts_calibrate -r %1").arg(m_rotation->currentIndex()).toLocal8Bit());
+    RunShell("reboot");
+    if (g_mainwnd != nullptr) {
+        g_mainwnd->update();
+    }
+}
 
-void BasicTester::OnBtnBeepTestClicked(bool /*checked*/) {}
+void BasicTester::OnBtnBeepTestClicked(bool /*checked*/)
+{
+    const bool on = m_beep == 0;
+    if (!SendToController(BuzzerMessage(on))) {
+        ShowVerdict(m_buzzer, MoskTranslator::Translate("Label_1010002"), false);
+        return;
+    }
+    m_beep = on ? 1000 : 0;
+    ShowVerdict(m_buzzer, MoskTranslator::Translate(on ? "Label_1000016" : "Label_1000017"), true);
+}
 
-void BasicTester::OnBtnTouchTestClicked(bool /*checked*/) {}
+void BasicTester::OnBtnTouchTestClicked(bool /*checked*/)
+{
+    ToolTouchTest test(nullptr);
+    test.setWindowModality(Qt::ApplicationModal);
+    test.show();
+    test.exec();
+}
 
 // The page has no row for the eMMC or the memory.
 void BasicTester::OnBtnEmmcTestClicked(bool /*checked*/) {}
@@ -166,9 +265,21 @@ void BasicTester::OnBtnNetTestClicked(bool /*checked*/)
     Ping(m_ethernet, QString("ping -I eth0 %1 -w 2 -c 2").arg(target));
 }
 
-void BasicTester::OnBtnGetRTCTestClicked(bool /*checked*/) {}
+void BasicTester::OnBtnGetRTCTestClicked(bool /*checked*/)
+{
+    m_clockRead->setText(MoskTranslator::Translate("Label_1000013"));
+    const auto time = ReadShell("date \"+%Y-%m-%d %H:%M:%S\"", 30);
+    if (!time) {
+        return;
+    }
+    ShowVerdict(m_clockRead, QString::fromLatin1(time->constData()), true);
+    PaintPage();
+}
 
-void BasicTester::OnBtnSetRTCTestClicked(bool /*checked*/) {}
+void BasicTester::OnBtnSetRTCTestClicked(bool /*checked*/)
+{
+    SetTimeTyUart(QDateTime::fromString(m_clockSet->text(), "yyyy-MM-dd hh:mm:ss"));
+}
 
 void BasicTester::OnBtn4gTestClicked(bool /*checked*/)
 {

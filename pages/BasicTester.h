@@ -16,6 +16,13 @@ class BasicTester : public QWidget
 public:
     explicit BasicTester(QWidget* parent);
 
+    /// Chooses the rotation that the touch screen's calibration file records.
+    void InitCurrentRotate();
+
+    /// Sets the controller's clock and the system's. An invalid time, or a controller that cannot
+    /// be reached, leaves both as they are.
+    void SetTimeTyUart(const QDateTime& dt);
+
 private slots:
     void OnBtnUSBTestClicked(bool checked);
     void OnBtnSDCardTestClicked(bool checked);
@@ -43,5 +50,6 @@ private:
     QLineEdit* m_clockRead = nullptr;
     QLineEdit* m_clockSet = nullptr;
     QLineEdit* m_mobile = nullptr;
+    /// 0 while the buzzer is off, as far as this page has switched it.
     int m_beep = 0;
 };

@@ -7,6 +7,9 @@
 #include "pages/CanTester.h"
 #include "pages/ProductionTester.h"
 #include "pages/SerialPortTester.h"
+#include "pages/CameraTester.h"
+#include "pages/SqlTester.h"
+#include "pages/VoiceTester.h"
 
 #include <QPainter>
 #include <QStyleOption>
@@ -67,6 +70,12 @@ QWidget* BodyWidget::BuildPage(int id)
         return new ToolProductionTest(this);
     case CanPage:
         return new CanTester(this);
+    case DatabasePage:
+        return new SqlTester(this);
+    case VoicePage:
+        return new VoiceTester(this);
+    case CameraPage:
+        return new CameraTester(this);
     default:
         return nullptr;
     }

@@ -1,0 +1,78 @@
+#include "pages/CameraTester.h"
+
+#include "frame/MoskTranslator.h"
+
+#include <QCamera>
+#include <QCameraViewfinder>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QPushButton>
+
+namespace
+{
+
+QPushButton* NewButton(const QString& textKey, const QString& name, QWidget* page)
+{
+    auto* button = new QPushButton(MoskTranslator::Translate(textKey), page);
+    button->setObjectName(name);
+    button->setFixedSize(100, 30);
+    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    return button;
+}
+
+} // namespace
+
+CameraTester::CameraTester(QWidget* parent)
+    : QWidget(parent), m_cameras(QCameraInfo::availableCameras())
+{
+    auto* layout = new QGridLayout(this);
+
+    m_viewfinder = new QCameraViewfinder(this);
+    layout->addWidget(m_viewfinder, 0, 0, 1, 3);
+
+    m_selector = new QComboBox(this);
+    m_selector->setFixedHeight(40);
+    m_selector->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    for (const QCameraInfo& camera : m_cameras) {
+        m_selector->addItem(camera.description());
+    }
+    layout->addWidget(m_selector, 1, 0);
+
+    QPushButton* open = NewButton("Label_1001100", "btnopen", this);
+    layout->addWidget(open, 1, 1);
+    QPushButton* close = NewButton("Label_1001101", "btnclose", this);
+    layout->addWidget(close, 1, 2);
+
+    connect(open, &QPushButton::clicked, this, &CameraTester::OnBtnOpenClicked);
+    connect(close, &QPushButton::clicked, this, &CameraTester::OnBtnCloseClicked);
+}
+
+CameraTester::~CameraTester()
+{
+    Close();
+}
+
+void CameraTester::OnBtnOpenClicked(bool /*checked*/)
+{
+    Close();
+    const int index = m_selector->currentIndex();
+    if (index < 0 || index >= m_cameras.size()) {
+        return;
+    }
+    m_camera = std::make_unique<QCamera>(m_cameras[index]);
+    m_camera->setViewfinder(m_viewfinder);
+    m_camera->start();
+}
+
+void CameraTester::OnBtnCloseClicked(bool /*checked*/)
+{
+    Close();
+}
+
+void CameraTester::Close()
+{
+    if (m_camera != nullptr) {
+        m_camera->stop();
+        m_camera.reset();
+    }
+}

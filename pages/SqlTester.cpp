@@ -1,0 +1,171 @@
+#include "pages/SqlTester.h"
+
+#include "frame/MoskTranslator.h"
+#include "instruments/ResultField.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTableView>
+#include <QVBoxLayout>
+
+#include <initializer_list>
+
+namespace
+{
+
+QLabel* NewLabel(const QString& textKey, QWidget* parent)
+{
+    auto* label = new QLabel(MoskTranslator::Translate(textKey), parent);
+    label->setFixedSize(80, 30);
+    label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    return label;
+}
+
+QLineEdit* NewField(const QString& text, QWidget* parent)
+{
+    auto* field = new QLineEdit(text, parent);
+    field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    return field;
+}
+
+/// Shows the outcome of a step in its field; a step that fails takes the later ones with it.
+void Show(std::initializer_list<QLineEdit*> fields, bool ok)
+{
+    for (QLineEdit* field : fields) {
+        ShowVerdict(field, MoskTranslator::Translate(ok ? "Label_1010001" : "Label_1010002"), ok);
+    }
+    PaintPage();
+}
+
+} // namespace
+
+SqlTester::SqlTester(QWidget* parent) : QWidget(parent)
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(40, 20, 40, 20);
+    layout->setSpacing(20);
+
+    auto* steps = new QWidget(this);
+    steps->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    layout->addWidget(steps);
+    auto* grid = new QGridLayout(steps);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setSpacing(10);
+
+    grid->addWidget(NewLabel("Label_1000400", steps), 0, 0);
+    m_path = NewField("/var/log/sqlite.db", steps);
+    m_path->setEnabled(false);
+    grid->addWidget(m_path, 0, 1);
+    auto* test = new QPushButton(MoskTranslator::Translate("Label_1000401"), steps);
+    test->setFixedSize(80, 30);
+    test->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    grid->addWidget(test, 0, 2);
+
+    const QString resultText = MoskTranslator::Translate("Label_1000403");
+    grid->addWidget(NewLabel("Label_1000402", steps), 1, 0);
+    m_create = NewField(resultText, steps);
+    grid->addWidget(m_create, 1, 1, 1, 2);
+    grid->addWidget(NewLabel("Label_1000404", steps), 2, 0);
+    m_insert = NewField(resultText, steps);
+    grid->addWidget(m_insert, 2, 1, 1, 2);
+    grid->addWidget(NewLabel("Label_1000405", steps), 3, 0);
+    m_delete = NewField(resultText, steps);
+    grid->addWidget(m_delete, 3, 1, 1, 2);
+
+    auto* query = new QWidget(this);
+    query->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    layout->addWidget(query);
+    auto* row = new QHBoxLayout(query);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(10);
+    row->addWidget(NewLabel("Label_1000406", query));
+    m_result = new QTableView(query);
+    row->addWidget(m_result);
+
+    connect(test, &QPushButton::clicked, this, &SqlTester::OnStartSqlTest);
+}
+
+SqlTester::~SqlTester()
+{
+    m_model.clear();
+    ReleaseDatabase();
+}
+
+void SqlTester::OnStartSqlTest(bool /*checked*/)
+{
+    ReleaseDatabase();
+    ShowDetecting(m_create);
+
+    const QString path = m_path->text();
+    if (QFileInfo(path).isFile()) {
+        QFile::remove(path);
+    }
+    m_database = QSqlDatabase::addDatabase("QSQLITE");
+    m_database.setDatabaseName(path);
+    if (!m_database.open()) {
+        qWarning() << "Cannot open" << path << m_database.lastError();
+        Show({m_create, m_insert, m_delete}, false);
+        return;
+    }
+    if (!Execute("CREATE TABLE t_student(id INT PRIMARY KEY NOT NULL,name TEXT NOT NULL,"
+                 "score REAL NOT NULL);")) {
+        Show({m_create, m_insert, m_delete}, false);
+        return;
+    }
+    Show({m_create}, true);
+    if (!InsertRows()) {
+        Show({m_insert, m_delete}, false);
+        return;
+    }
+    Show({m_insert}, true);
+    if (!Execute(QString("DELETE FROM t_student WHERE id=%1;").arg(3))) {
+        Show({m_delete}, false);
+        return;
+    }
+    Show({m_delete}, true);
+    m_model.setQuery("SELECT * FROM t_student", m_database);
+    m_result->setModel(&m_model);
+}
+
+bool SqlTester::Execute(const QString& statement)
+{
+    QSqlQuery query(m_database);
+    if (!query.exec(statement)) {
+        qWarning() << statement << query.lastError();
+        return false;
+    }
+    return true;
+}
+
+bool SqlTester::InsertRows()
+{
+    const char* const names[] = {"Label_1000407", "Label_1000408", "Label_1000409",
+                                 "Label_1000410"};
+    const char* const scores[] = {"96", "98", "95", "94"};
+    for (int id = 1; id <= 4; ++id) {
+        if (!Execute(QString("INSERT INTO t_student VALUES(%1, '%2', %3);")
+                         .arg(id)
+                         .arg(MoskTranslator::Translate(names[id - 1]), scores[id - 1]))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Gives the connection up, so that the next run, or the next page, can have its name. The rows
+/// that the view shows are the model's own by then and stay.
+void SqlTester::ReleaseDatabase()
+{
+    const QString connection = m_database.connectionName();
+    m_database.close();
+    m_database = QSqlDatabase();
+    QSqlDatabase::removeDatabase(connection);
+}

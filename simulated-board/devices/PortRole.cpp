@@ -1,6 +1,7 @@
 #include "simulated-board/devices/PortRole.h"
 
 #include "simulated-board/devices/FlashingLog.h"
+#include "simulated-board/devices/Controller.h"
 
 #include <cerrno>
 #include <chrono>
@@ -25,20 +26,6 @@ void WriteAll(int descriptor, std::string_view bytes)
         }
         bytes.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
     }
-}
-
-/// Waits for bytes from the board.
-std::string ReadSome(int descriptor)
-{
-    char buffer[4096];
-    ssize_t count = 0;
-    do {
-        count = read(descriptor, buffer, sizeof buffer);
-    } while (count < 0 && errno == EINTR);
-    if (count < 0) {
-        throw std::system_error(errno, std::generic_category(), "read");
-    }
-    return {buffer, static_cast<std::size_t>(count)};
 }
 
 class Loopback : public PortRole
@@ -150,6 +137,19 @@ public:
 
 } // namespace
 
+std::string ReadSome(int descriptor)
+{
+    char buffer[4096];
+    ssize_t count = 0;
+    do {
+        count = read(descriptor, buffer, sizeof buffer);
+    } while (count < 0 && errno == EINTR);
+    if (count < 0) {
+        throw std::system_error(errno, std::generic_category(), "read");
+    }
+    return {buffer, static_cast<std::size_t>(count)};
+}
+
 std::unique_ptr<PortRole> MakePortRole(const std::string& name,
                                        const std::vector<std::string>& arguments)
 {
@@ -170,6 +170,9 @@ std::unique_ptr<PortRole> MakePortRole(const std::string& name,
     }
     if (name == "modem") {
         return std::make_unique<Modem>();
+    }
+    if (name == "controller") {
+        return std::make_unique<Controller>();
     }
     throw std::invalid_argument("no such role");
 }

@@ -24,6 +24,10 @@ public:
 ///                boards being flashed, one after another: the whole log of each at the speed of
 ///                the line; "bad" fails the self-test, "stuck" stops without a word
 ///   modem        the AT port of the 4G modem; keeps what it was sent in /run/board/received/modem
+///   controller   the companion controller with the buzzer and the clock
 /// Throws std::invalid_argument for another name.
 std::unique_ptr<PortRole> MakePortRole(const std::string& name,
                                        const std::vector<std::string>& arguments);
+
+/// Waits for bytes from the board.
+std::string ReadSome(int descriptor);

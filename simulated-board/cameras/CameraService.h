@@ -1,0 +1,104 @@
+#pragma once
+
+#include "simulated-board/cameras/CameraList.h"
+
+#include <QAbstractVideoSurface>
+#include <QCameraControl>
+#include <QMediaService>
+#include <QPointer>
+#include <QTimer>
+#include <QVideoDeviceSelectorControl>
+#include <QVideoRendererControl>
+
+/// Which of the board's cameras the service stands for.
+class CameraSelector : public QVideoDeviceSelectorControl
+{
+    Q_OBJECT
+
+public:
+    explicit CameraSelector(QObject* parent);
+
+    /// The chosen camera, invalid when it has been pulled out.
+    BoardCamera Selected() const;
+
+    int deviceCount() const override;
+    QString deviceName(int index) const override;
+    QString deviceDescription(int index) const override;
+    int defaultDevice() const override;
+    int selectedDevice() const override;
+    void setSelectedDevice(int index) override;
+
+private:
+    const QVector<BoardCamera> m_cameras;
+    int m_selected = 0;
+};
+
+/// Where the picture goes.
+class CameraRenderer : public QVideoRendererControl
+{
+    Q_OBJECT
+
+public:
+    explicit CameraRenderer(QObject* parent) : QVideoRendererControl(parent) {}
+
+    void Show(const QColor& colour);
+    void Stop();
+
+    QAbstractVideoSurface* surface() const override;
+    void setSurface(QAbstractVideoSurface* surface) override;
+
+private:
+    QPointer<QAbstractVideoSurface> m_surface;
+};
+
+/// Switches the camera on and off, and notes both in /run/board/received/cameras: "open DEVICE" and
+/// "close DEVICE". As with a real camera, nobody else can open it meanwhile.
+class CameraSwitch : public QCameraControl
+{
+    Q_OBJECT
+
+public:
+    CameraSwitch(CameraSelector* selector, CameraRenderer* renderer, QObject* parent);
+    ~CameraSwitch() override;
+
+    QCamera::State state() const override;
+    void setState(QCamera::State state) override;
+    QCamera::Status status() const override;
+    QCamera::CaptureModes captureMode() const override;
+    void setCaptureMode(QCamera::CaptureModes mode) override;
+    bool isCaptureModeSupported(QCamera::CaptureModes mode) const override;
+    bool canChangeProperty(PropertyChangeType change, QCamera::Status status) const override;
+
+private slots:
+    void OnFrame();
+
+private:
+    bool Open();
+    void Close();
+    void SetStatus(QCamera::Status status);
+
+    CameraSelector* m_selector = nullptr;
+    CameraRenderer* m_renderer = nullptr;
+    QTimer m_frames;
+    QByteArray m_openDevice;
+    QCamera::State m_state = QCamera::UnloadedState;
+    QCamera::Status m_status = QCamera::UnloadedStatus;
+    QCamera::CaptureModes m_mode = QCamera::CaptureViewfinder;
+};
+
+/// A camera of the simulated board as Qt Multimedia sees it.
+class CameraService : public QMediaService
+{
+    Q_OBJECT
+
+public:
+    CameraService();
+
+    QMediaControl* requestControl(const char* name) override;
+    void releaseControl(QMediaControl* control) override;
+
+private:
+    CameraSelector* m_selector = nullptr;
+    CameraRenderer* m_renderer = nullptr;
+    CameraSwitch* m_switch = nullptr;
+};

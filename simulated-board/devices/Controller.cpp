@@ -50,10 +50,10 @@ void Controller::Run(int master)
     for (;;) {
         pollfd port = {master, POLLIN, 0};
         if (poll(&port, 1, m_pending.empty() ? -1 : frameTimeout) == 0) {
-            Refuse(m_pending.size());
-            continue;
+            Refuse(std::min(m_pending.size(), header.size()));
+        } else {
+            m_pending += ReadSome(master);
         }
-        m_pending += ReadSome(master);
         while (!m_pending.empty() && TakeFrame()) {
         }
     }

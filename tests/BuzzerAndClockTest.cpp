@@ -1,0 +1,597 @@
+#include "frame/MoskSettings.h"
+#include "pages/BasicTester.h"
+#include "pages/ControllerMessages.h"
+#include "simulated-board/Board.h"
+#include "simulated-board/PseudoTerminal.h"
+#include "tests/Operate.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+
+#include <cerrno>
+#include <ctime>
+#include <memory>
+#include <optional>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace
+{
+
+const char* const port = "/dev/ttyS5";
+const QByteArray buzzerOn = QByteArray::fromHex("5AA50303FF05");
+const QByteArray buzzerOff = QByteArray::fromHex("5AA503030006");
+const QByteArray newYear = QByteArray::fromHex("5AA5080216000100000021");
+
+const QColor green(12, 141, 66);
+const QColor red(255, 0, 0);
+
+enum Row { Buzzer = 3, ClockRead = 6, ClockSet = 7 };
+
+/// What the system clock was last set to.
+struct ClockSetting {
+    timeval time = {};
+    bool zoneGiven = false;
+};
+std::optional<ClockSetting> s_clock;
+bool s_clockIsRefused = false;
+
+/// A line of the state that the controller shows of itself.
+QString Controller(const QString& what)
+{
+    const QString state = Board::ReadFile("/run/board/received/controller");
+    for (const QString& line : state.split('\n')) {
+        if (line.startsWith(what + ' ')) {
+            return line.mid(what.size() + 1);
+        }
+    }
+    return {};
+}
+
+void SendDirectly(const QByteArray& bytes)
+{
+    QFile file(port);
+    QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+    QCOMPARE(file.write(bytes), qint64(bytes.size()));
+}
+
+int Descriptors()
+{
+    return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
+}
+
+QDateTime Time(const QString& text)
+{
+    return QDateTime::fromString(text, "yyyy-MM-dd hh:mm:ss");
+}
+
+} // namespace
+
+// The machine's own clock is not the tests' to set, so this stands in the place of the library's.
+extern "C" int settimeofday(const timeval* time, const struct timezone* zone) noexcept
+{
+    s_clock = ClockSetting{*time, zone != nullptr};
+    if (s_clockIsRefused) {
+        errno = EPERM;
+        return -1;
+    }
+    return 0;
+}
+
+class BuzzerAndClockTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void buzzerGoesOnAndOff();
+    void buzzerBytesAreTheControllers();
+    void buzzerSpeaksChinese();
+    void buzzerShowsNoDetecting();
+    void buzzerWithoutControllerFails_data();
+    void buzzerWithoutControllerFails();
+    void buzzerKeepsItsStateWhenTheControllerIsAway();
+    void buzzerStartsAsOffOnEachPage();
+    void buzzerNeverWaitsForTheController();
+    void buzzerLeavesTheLineAsItIs();
+    void fiveHundredPressesLeaveNoDescriptor();
+
+    void timeIsTheSystems();
+    void timeIsAskedOfTheDateTool();
+    void timeIsShownAsItIsPrinted_data();
+    void timeIsShownAsItIsPrinted();
+    void timeWithoutAShellStaysDetecting();
+
+    void timeMessageIsByteForByte_data();
+    void timeMessageIsByteForByte();
+    void timeReachesTheControllerAndTheSystem_data();
+    void timeReachesTheControllerAndTheSystem();
+    void timeBytesAreTheControllers();
+    void timeIsLocal();
+    void timeOfOtherFormIsLeftAlone_data();
+    void timeOfOtherFormIsLeftAlone();
+    void timeThatIsInvalidIsLeftAlone();
+    void timeWithoutControllerSetsNoClock();
+    void timeThatTheSystemRefusesStillReachesTheController();
+    void settingTheTimeShowsNothing();
+
+    void controllerRefusesAWrongByte_data();
+    void controllerRefusesAWrongByte();
+    void controllerFindsTheFrameInTheStream();
+
+private:
+    void Rebuild();
+    QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page.get(), row, 1); }
+
+    std::unique_ptr<BasicTester> m_page;
+};
+
+void BuzzerAndClockTest::initTestCase()
+{
+    QFile style(":/qss/style.qss");
+    QVERIFY(style.open(QIODevice::ReadOnly));
+    qApp->setStyleSheet(style.readAll());
+}
+
+void BuzzerAndClockTest::init()
+{
+    Board::Become("language english\nport ttyS5 controller\n");
+    Board::ForgetCalls();
+    MoskSettings::GetInstance()->SetValue("Language", "english");
+    MoskTranslator::Reload();
+    s_clock.reset();
+    s_clockIsRefused = false;
+    QTRY_VERIFY(QFile::exists("/run/board/received/controller"));
+    Rebuild();
+}
+
+void BuzzerAndClockTest::cleanup()
+{
+    m_page.reset();
+    Board::RemoveTools();
+}
+
+void BuzzerAndClockTest::Rebuild()
+{
+    m_page.reset();
+    m_page = std::make_unique<BasicTester>(nullptr);
+    m_page->resize(1024, 550);
+    m_page->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
+}
+
+void BuzzerAndClockTest::buzzerGoesOnAndOff()
+{
+    Press(m_page.get(), "btnBeepTest");
+    QCOMPARE(Field(Buzzer)->text(), QString("BEEP on!"));
+    QCOMPARE(TextColour(Field(Buzzer)), green);
+    QTRY_COMPARE(Controller("buzzer"), QString("on"));
+
+    Press(m_page.get(), "btnBeepTest");
+    QCOMPARE(Field(Buzzer)->text(), QString("BEEP Off!"));
+    QCOMPARE(TextColour(Field(Buzzer)), green);
+    QTRY_COMPARE(Controller("buzzer"), QString("off"));
+    QCOMPARE(Controller("refused"), QString("0"));
+}
+
+void BuzzerAndClockTest::buzzerBytesAreTheControllers()
+{
+    QCOMPARE(BuzzerMessage(true), buzzerOn);
+    QCOMPARE(BuzzerMessage(false), buzzerOff);
+
+    Board::Become("language english\n");
+    PseudoTerminal line(port);
+    Press(m_page.get(), "btnBeepTest");
+    QVERIFY(line.WaitFor(buzzerOn));
+    Press(m_page.get(), "btnBeepTest");
+    QVERIFY(line.WaitFor(buzzerOff));
+}
+
+void BuzzerAndClockTest::buzzerSpeaksChinese()
+{
+    MoskSettings::GetInstance()->SetValue("Language", "chinese");
+    MoskTranslator::Reload();
+    Rebuild();
+
+    Press(m_page.get(), "btnBeepTest");
+    QCOMPARE(Field(Buzzer)->text(), QString("BEEP开！"));
+    Press(m_page.get(), "btnBeepTest");
+    QCOMPARE(Field(Buzzer)->text(), QString("BEEP关！"));
+    Board::Become("language chinese\n");
+    Press(m_page.get(), "btnBeepTest");
+    QCOMPARE(Field(Buzzer)->text(), QString("失败！"));
+}
+
+void BuzzerAndClockTest::buzzerShowsNoDetecting()
+{
+    QStringList shown;
+    connect(Field(Buzzer), &QLineEdit::textChanged, this,
+            [&shown](const QString& text) { shown += text; });
+
+    Press(m_page.get(), "btnBeepTest");
+
+    QCOMPARE(shown, QStringList("BEEP on!"));
+}
+
+void BuzzerAndClockTest::buzzerWithoutControllerFails_data()
+{
+    QTest::addColumn<bool>("folder");
+    QTest::newRow("no port") << false;
+    QTest::newRow("a folder in the port's place") << true;
+}
+
+void BuzzerAndClockTest::buzzerWithoutControllerFails()
+{
+    QFETCH(bool, folder);
+    Board::Become("language english\n");
+    if (folder) {
+        QVERIFY(QDir().mkpath(port));
+    }
+
+    Press(m_page.get(), "btnBeepTest");
+    QDir().rmdir(port);
+
+    QCOMPARE(Field(Buzzer)->text(), QString("Failed!"));
+    QCOMPARE(TextColour(Field(Buzzer)), red);
+}
+
+void BuzzerAndClockTest::buzzerKeepsItsStateWhenTheControllerIsAway()
+{
+    Press(m_page.get(), "btnBeepTest");
+    Board::Become("language english\n");
+    Press(m_page.get(), "btnBeepTest");
+    QCOMPARE(Field(Buzzer)->text(), QString("Failed!"));
+
+    PseudoTerminal line(port);
+    Press(m_page.get(), "btnBeepTest");
+
+    QVERIFY(line.WaitFor(buzzerOff));
+    QCOMPARE(Field(Buzzer)->text(), QString("BEEP Off!"));
+    QCOMPARE(TextColour(Field(Buzzer)), green);
+}
+
+void BuzzerAndClockTest::buzzerStartsAsOffOnEachPage()
+{
+    Press(m_page.get(), "btnBeepTest");
+    QTRY_COMPARE(Controller("buzzer"), QString("on"));
+
+    Rebuild();
+    Press(m_page.get(), "btnBeepTest");
+
+    QCOMPARE(Field(Buzzer)->text(), QString("BEEP on!"));
+    QTRY_COMPARE(Controller("accepted"), QString("2"));
+    QCOMPARE(Controller("buzzer"), QString("on"));
+}
+
+void BuzzerAndClockTest::buzzerNeverWaitsForTheController()
+{
+    Board::Become("language english\n");
+    // A partner that never reads, behind a line that takes no more.
+    const PseudoTerminal line(port);
+    const int filler = open(port, O_RDWR | O_NOCTTY | O_NONBLOCK);
+    QVERIFY(filler >= 0);
+    const QByteArray junk(4096, 'x');
+    while (write(filler, junk.constData(), junk.size()) > 0) {
+    }
+    QCOMPARE(errno, EAGAIN);
+    close(filler);
+
+    QElapsedTimer timer;
+    timer.start();
+    Press(m_page.get(), "btnBeepTest");
+
+    QCOMPARE(Field(Buzzer)->text(), QString("BEEP on!"));
+    QVERIFY(timer.elapsed() < 5000);
+}
+
+void BuzzerAndClockTest::buzzerLeavesTheLineAsItIs()
+{
+    const int line = open(port, O_RDWR | O_NOCTTY);
+    QVERIFY(line >= 0);
+    termios settings = {};
+    QCOMPARE(tcgetattr(line, &settings), 0);
+    cfsetspeed(&settings, B19200);
+    settings.c_cflag |= CSTOPB;
+    QCOMPARE(tcsetattr(line, TCSANOW, &settings), 0);
+    QCOMPARE(tcgetattr(line, &settings), 0);
+
+    Press(m_page.get(), "btnBeepTest");
+
+    termios after = {};
+    QCOMPARE(tcgetattr(line, &after), 0);
+    close(line);
+    QCOMPARE(after.c_iflag, settings.c_iflag);
+    QCOMPARE(after.c_oflag, settings.c_oflag);
+    QCOMPARE(after.c_cflag, settings.c_cflag);
+    QCOMPARE(after.c_lflag, settings.c_lflag);
+    QCOMPARE(cfgetospeed(&after), speed_t(B19200));
+}
+
+void BuzzerAndClockTest::fiveHundredPressesLeaveNoDescriptor()
+{
+    const int before = Descriptors();
+
+    for (int i = 0; i < 500; ++i) {
+        Press(m_page.get(), "btnBeepTest");
+    }
+
+    QCOMPARE(Descriptors(), before);
+    QTRY_COMPARE(Controller("accepted"), QString("500"));
+    QCOMPARE(Controller("refused"), QString("0"));
+    QCOMPARE(Controller("buzzer"), QString("off"));
+}
+
+void BuzzerAndClockTest::timeIsTheSystems()
+{
+    const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
+
+    Press(m_page.get(), "btnrRTCTest");
+
+    const QString shown = Field(ClockRead)->text();
+    QVERIFY(shown.endsWith('\n'));
+    QVERIFY(Time(shown.trimmed()) >= before);
+    QVERIFY(Time(shown.trimmed()) <= QDateTime::currentDateTime());
+    QCOMPARE(TextColour(Field(ClockRead)), green);
+}
+
+void BuzzerAndClockTest::timeIsAskedOfTheDateTool()
+{
+    Board::PutTool("date", ". \"$BOARD_HOME/record.sh\"\necho 2031-02-03 04:05:06");
+    QStringList shown;
+    connect(Field(ClockRead), &QLineEdit::textChanged, this,
+            [&shown](const QString& text) { shown += text; });
+
+    Press(m_page.get(), "btnrRTCTest");
+
+    QCOMPARE(shown, QStringList({"Detecting...", "2031-02-03 04:05:06\n"}));
+    QCOMPARE(Board::Calls(), QStringList("date +%Y-%m-%d\\ %H:%M:%S"));
+}
+
+void BuzzerAndClockTest::timeIsShownAsItIsPrinted_data()
+{
+    QTest::addColumn<QByteArray>("output");
+    QTest::addColumn<QString>("shown");
+
+    QTest::newRow("30 bytes") << QByteArray("123456789012345678901234567890")
+                              << "123456789012345678901234567890";
+    QTest::newRow("31 bytes") << QByteArray("1234567890123456789012345678901")
+                              << "123456789012345678901234567890";
+    QTest::newRow("nothing") << QByteArray("") << "";
+    QTest::newRow("NUL") << QByteArray("2031\\0 and more") << "2031";
+    QTest::newRow("no ASCII") << QByteArray("\\344\\366") << "äö";
+}
+
+void BuzzerAndClockTest::timeIsShownAsItIsPrinted()
+{
+    QFETCH(QByteArray, output);
+    QFETCH(QString, shown);
+    Board::PutTool("date", "printf '%b' '" + output + "'");
+
+    Press(m_page.get(), "btnrRTCTest");
+
+    QCOMPARE(Field(ClockRead)->text(), shown);
+    QCOMPARE(Field(ClockRead)->property("status").toString(), QString("ok"));
+}
+
+void BuzzerAndClockTest::timeWithoutAShellStaysDetecting()
+{
+    rlimit limit = {};
+    QCOMPARE(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const rlimit none = {3, limit.rlim_max};
+    QCOMPARE(setrlimit(RLIMIT_NOFILE, &none), 0);
+
+    Press(m_page.get(), "btnrRTCTest");
+    QCOMPARE(setrlimit(RLIMIT_NOFILE, &limit), 0);
+
+    QCOMPARE(Field(ClockRead)->text(), QString("Detecting..."));
+    QVERIFY(!Field(ClockRead)->property("status").isValid());
+}
+
+void BuzzerAndClockTest::timeMessageIsByteForByte_data()
+{
+    QTest::addColumn<QString>("time");
+    QTest::addColumn<QByteArray>("message");
+
+    QTest::newRow("the page's own") << "2022-01-01 00:00:00" << newYear;
+    QTest::newRow("end of the year")
+        << "2022-12-31 23:59:59" << QByteArray::fromHex("5AA50802160B1F173B3BD7");
+    QTest::newRow("year beyond 255")
+        << "2300-01-01 00:00:00" << QByteArray::fromHex("5AA508022C000100000037");
+    QTest::newRow("first year") << "2000-01-01 00:00:00"
+                                << QByteArray::fromHex("5AA508020000010000000B");
+    QTest::newRow("before the first year")
+        << "1999-01-01 00:00:00" << QByteArray::fromHex("5AA50802FF00010000000A");
+    QTest::newRow("leap day") << "2024-02-29 12:34:56"
+                              << QByteArray::fromHex("5AA5080218011D0C2238A6");
+    QTest::newRow("last year") << "9999-12-31 23:59:59"
+                               << QByteArray::fromHex("5AA508023F0B1F173B3B00");
+}
+
+void BuzzerAndClockTest::timeMessageIsByteForByte()
+{
+    QFETCH(QString, time);
+    QFETCH(QByteArray, message);
+
+    QCOMPARE(TimeMessage(Time(time)).toHex(), message.toHex());
+}
+
+void BuzzerAndClockTest::timeReachesTheControllerAndTheSystem_data()
+{
+    QTest::addColumn<QString>("time");
+    QTest::addColumn<QString>("kept");
+
+    QTest::newRow("the page's own") << "2022-01-01 00:00:00"
+                                    << "2022-01-01 00:00:00";
+    QTest::newRow("end of the year") << "2022-12-31 23:59:59"
+                                     << "2022-12-31 23:59:59";
+    QTest::newRow("leap day") << "2024-02-29 12:34:56"
+                              << "2024-02-29 12:34:56";
+    QTest::newRow("year beyond the controller's") << "2300-01-01 00:00:00"
+                                                  << "2044-01-01 00:00:00";
+}
+
+void BuzzerAndClockTest::timeReachesTheControllerAndTheSystem()
+{
+    QFETCH(QString, time);
+    QFETCH(QString, kept);
+    Field(ClockSet)->setText(time);
+
+    Press(m_page.get(), "btnwRTCTest");
+
+    QTRY_COMPARE(Controller("time"), kept);
+    QCOMPARE(Controller("refused"), QString("0"));
+    QVERIFY(s_clock.has_value());
+    QCOMPARE(qint64(s_clock->time.tv_sec), Time(time).toSecsSinceEpoch());
+    QCOMPARE(qint64(s_clock->time.tv_usec), qint64(0));
+    QVERIFY(!s_clock->zoneGiven);
+}
+
+void BuzzerAndClockTest::timeBytesAreTheControllers()
+{
+    Board::Become("language english\n");
+    PseudoTerminal line(port);
+
+    Press(m_page.get(), "btnwRTCTest");
+
+    QVERIFY(line.WaitFor(newYear));
+}
+
+void BuzzerAndClockTest::timeIsLocal()
+{
+    qputenv("TZ", "CST-8");
+    tzset();
+
+    Press(m_page.get(), "btnwRTCTest");
+    qputenv("TZ", "UTC");
+    tzset();
+
+    QVERIFY(s_clock.has_value());
+    QCOMPARE(qint64(s_clock->time.tv_sec), Time("2021-12-31 16:00:00").toSecsSinceEpoch());
+    QTRY_COMPARE(Controller("time"), QString("2022-01-01 00:00:00"));
+}
+
+void BuzzerAndClockTest::timeOfOtherFormIsLeftAlone_data()
+{
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("no leading zeros") << "2022-1-1 0:0:0";
+    QTest::newRow("no such day") << "2022-02-30 00:00:00";
+    QTest::newRow("no leap year") << "2023-02-29 00:00:00";
+    QTest::newRow("no such month") << "2022-13-01 00:00:00";
+    QTest::newRow("month 0") << "2022-00-01 00:00:00";
+    QTest::newRow("no such hour") << "2022-01-01 24:00:00";
+    QTest::newRow("leap second") << "2016-12-31 23:59:60";
+    QTest::newRow("date only") << "2022-01-01";
+    QTest::newRow("time only") << "00:00:00";
+    QTest::newRow("another separator") << "2022-01-01T00:00:00";
+    QTest::newRow("slashes") << "2022/01/01 00:00:00";
+    QTest::newRow("blank in front") << " 2022-01-01 00:00:00";
+    QTest::newRow("blank behind") << "2022-01-01 00:00:00 ";
+    QTest::newRow("two blanks") << "2022-01-01  00:00:00";
+    QTest::newRow("year of two digits") << "22-01-01 00:00:00";
+    QTest::newRow("year of five digits") << "20220-01-01 00:00:00";
+    QTest::newRow("a word") << "now";
+    QTest::newRow("nothing") << "";
+}
+
+void BuzzerAndClockTest::timeOfOtherFormIsLeftAlone()
+{
+    QFETCH(QString, text);
+    Board::Become("language english\n");
+    PseudoTerminal line(port);
+    Field(ClockSet)->setText(text);
+
+    Press(m_page.get(), "btnwRTCTest");
+
+    QCOMPARE(line.ReadAvailable(), QByteArray());
+    QVERIFY(!s_clock.has_value());
+    QCOMPARE(Field(ClockSet)->text(), text);
+}
+
+void BuzzerAndClockTest::timeThatIsInvalidIsLeftAlone()
+{
+    m_page->SetTimeTyUart(QDateTime());
+
+    QVERIFY(!s_clock.has_value());
+    QCOMPARE(Controller("accepted"), QString("0"));
+}
+
+void BuzzerAndClockTest::timeWithoutControllerSetsNoClock()
+{
+    Board::Become("language english\n");
+
+    Press(m_page.get(), "btnwRTCTest");
+
+    QVERIFY(!s_clock.has_value());
+}
+
+void BuzzerAndClockTest::timeThatTheSystemRefusesStillReachesTheController()
+{
+    s_clockIsRefused = true;
+
+    Press(m_page.get(), "btnwRTCTest");
+
+    QTRY_COMPARE(Controller("time"), QString("2022-01-01 00:00:00"));
+    QCOMPARE(Field(ClockSet)->text(), QString("2022-01-01 00:00:00"));
+    QVERIFY(!Field(ClockSet)->property("status").isValid());
+}
+
+void BuzzerAndClockTest::settingTheTimeShowsNothing()
+{
+    const QString read = Field(ClockRead)->text();
+
+    Press(m_page.get(), "btnwRTCTest");
+
+    QTRY_COMPARE(Controller("accepted"), QString("1"));
+    QCOMPARE(Field(ClockSet)->text(), QString("2022-01-01 00:00:00"));
+    QVERIFY(!Field(ClockSet)->property("status").isValid());
+    QCOMPARE(Field(ClockRead)->text(), read);
+    QCOMPARE(Board::Calls(), QStringList());
+}
+
+void BuzzerAndClockTest::controllerRefusesAWrongByte_data()
+{
+    QTest::addColumn<QByteArray>("frame");
+
+    for (const QByteArray& frame : {newYear, buzzerOn, buzzerOff}) {
+        for (int i = 0; i < frame.size(); ++i) {
+            QByteArray wrong = frame;
+            wrong[i] = static_cast<char>(wrong[i] ^ 0x04);
+            QTest::newRow(wrong.toHex()) << wrong;
+        }
+    }
+}
+
+void BuzzerAndClockTest::controllerRefusesAWrongByte()
+{
+    QFETCH(QByteArray, frame);
+
+    SendDirectly(frame);
+
+    QTRY_VERIFY(Controller("refused").toInt() > 0);
+    QCOMPARE(Controller("accepted"), QString("0"));
+    QCOMPARE(Controller("buzzer"), QString("off"));
+    QCOMPARE(Controller("time"), QString("none"));
+}
+
+void BuzzerAndClockTest::controllerFindsTheFrameInTheStream()
+{
+    SendDirectly("noise\x5A" + buzzerOn.left(4));
+    SendDirectly(buzzerOn.mid(4) + newYear + "\x5A\xA5" + buzzerOff);
+
+    QTRY_COMPARE(Controller("accepted"), QString("3"));
+    QCOMPARE(Controller("time"), QString("2022-01-01 00:00:00"));
+    QCOMPARE(Controller("buzzer"), QString("off"));
+}
+
+QTEST_MAIN(BuzzerAndClockTest)
+#include "BuzzerAndClockTest.moc"

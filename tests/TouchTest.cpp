@@ -1,0 +1,473 @@
+#include "frame/MoskSettings.h"
+#include "frame/MoskTester.h"
+#include "pages/BasicTester.h"
+#include "pages/TouchTester.h"
+#include "simulated-board/Board.h"
+#include "tests/Operate.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QPushButton>
+#include <QScreen>
+
+#include <functional>
+#include <memory>
+
+#include <qpa/qwindowsysteminterface.h>
+
+namespace
+{
+
+const char* const calibrationFile = "/var/setting/system/pointercal";
+const QColor red(255, 1, 4);
+const QColor blue(96, 168, 239);
+
+enum Row { Calibration = 2, Touch = 4 };
+const int places = 81;
+const int centre = 41;
+
+void GiveTheScreen(const QSize& size)
+{
+    const QRect geometry({0, 0}, size);
+    QWindowSystemInterface::handleScreenGeometryChange(QGuiApplication::primaryScreen(), geometry,
+                                                       geometry);
+    QWindowSystemInterface::sendWindowSystemEvents(QEventLoop::AllEvents);
+}
+
+/// The button of a number, in reading order; the centre's has a text instead of its number.
+QPushButton* Place(const ToolTouchTest& test, int number)
+{
+    auto* layout = qobject_cast<QGridLayout*>(test.layout());
+    QLayoutItem* item = layout->itemAtPosition((number - 1) / 9, (number - 1) % 9);
+    return item != nullptr ? qobject_cast<QPushButton*>(item->widget()) : nullptr;
+}
+
+/// The background of a button, beside its text.
+QColor ColourOf(const ToolTouchTest& test, int number)
+{
+    return Place(test, number)->grab().toImage().pixelColor(4, 4);
+}
+
+} // namespace
+
+class TouchTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void rotationIsTheTenthFieldOfTheCalibration_data();
+    void rotationIsTheTenthFieldOfTheCalibration();
+    void rotationIsNoneWithoutACalibration();
+    void rotationIsNoneWhereAFolderStands();
+    void rotationIsReadAnewByEachPage();
+    void rotationIsReadAgainOnDemand();
+
+    void calibrationCannotBeStartedByTheOperator();
+    void calibrationRunsTheToolAndRestartsTheBoard_data();
+    void calibrationRunsTheToolAndRestartsTheBoard();
+    void calibrationWithoutItsToolStillRestarts();
+    void calibrationPaintsTheWindowAnew();
+
+    void testCoversTheScreen_data();
+    void testCoversTheScreen();
+    void testNumbersItsPlaces();
+    void testSpeaksTheLanguage_data();
+    void testSpeaksTheLanguage();
+    void testLightsUpUnderTheFinger();
+    void testLightsUpUnderTheMouse();
+    void testIsLeftByTheCentreOnly();
+    void testHoldsThePageBack();
+    void testLeavesNothingBehind();
+
+private:
+    void Rebuild();
+    int Rotation() { return InGrid<QComboBox>(m_page.get(), Calibration, 1)->currentIndex(); }
+
+    /// Opens the touch test by the finger, looks at it and leaves it by the finger on its centre.
+    void DuringTheTest(const std::function<void(ToolTouchTest&)>& look);
+    void PutFingerOn(QWidget* widget);
+    void LiftFingerFrom(QWidget* widget);
+    void ReportFinger(QWidget* widget, Qt::TouchPointState state);
+
+    std::unique_ptr<BasicTester> m_page;
+    QTouchDevice* m_screen = nullptr;
+};
+
+void TouchTest::initTestCase()
+{
+    QFile style(":/qss/style.qss");
+    QVERIFY(style.open(QIODevice::ReadOnly));
+    qApp->setStyleSheet(style.readAll());
+    m_screen = QTest::createTouchDevice();
+}
+
+void TouchTest::init()
+{
+    Board::Become("language english\n");
+    Board::ForgetCalls();
+    MoskSettings::GetInstance()->SetValue("Language", "english");
+    MoskTranslator::Reload();
+    GiveTheScreen({1024, 600});
+    Rebuild();
+}
+
+void TouchTest::cleanup()
+{
+    m_page.reset();
+    Board::RemoveTools();
+}
+
+void TouchTest::Rebuild()
+{
+    m_page.reset();
+    m_page = std::make_unique<BasicTester>(nullptr);
+    m_page->resize(1024, 550);
+    m_page->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
+}
+
+void TouchTest::DuringTheTest(const std::function<void(ToolTouchTest&)>& look)
+{
+    bool seen = false;
+    QTimer opened;
+    connect(&opened, &QTimer::timeout, this, [this, look, &opened, &seen] {
+        auto* test = qobject_cast<ToolTouchTest*>(QApplication::activeModalWidget());
+        if (test == nullptr) {
+            return;
+        }
+        opened.stop();
+        seen = true;
+        look(*test);
+        PutFingerOn(Place(*test, centre));
+        LiftFingerFrom(Place(*test, centre));
+    });
+    opened.start();
+    auto* button = m_page->findChild<QPushButton*>("btnTouchTest");
+    PutFingerOn(button);
+    LiftFingerFrom(button);
+    QVERIFY(seen);
+}
+
+void TouchTest::PutFingerOn(QWidget* widget)
+{
+    ReportFinger(widget, Qt::TouchPointPressed);
+}
+
+void TouchTest::LiftFingerFrom(QWidget* widget)
+{
+    ReportFinger(widget, Qt::TouchPointReleased);
+}
+
+/// Reports the finger as the touch screen's driver does.
+void TouchTest::ReportFinger(QWidget* widget, Qt::TouchPointState state)
+{
+    QWindowSystemInterface::TouchPoint finger;
+    finger.id = 1;
+    finger.state = state;
+    finger.pressure = state == Qt::TouchPointPressed ? 1 : 0;
+    finger.area.moveCenter(widget->parentWidget()->mapToGlobal(widget->geometry().center()));
+    QWindowSystemInterface::handleTouchEvent(nullptr, m_screen, {finger});
+    QCoreApplication::processEvents();
+}
+
+void TouchTest::rotationIsTheTenthFieldOfTheCalibration_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<int>("rotation");
+
+    const QByteArray nine = "1028 -4 -6520 7 617 -5292 65536 1024 600";
+    QTest::newRow("0") << nine + " 0\n" << 0;
+    QTest::newRow("1") << nine + " 1\n" << 1;
+    QTest::newRow("2") << nine + " 2\n" << 2;
+    QTest::newRow("3") << nine + " 3\n" << 3;
+    QTest::newRow("no line end") << nine + " 2" << 2;
+    QTest::newRow("CR LF") << nine + " 2\r\n" << 2;
+    QTest::newRow("signed and padded") << nine + " +03\n" << 3;
+    QTest::newRow("4") << nine + " 4\n" << 0;
+    QTest::newRow("7") << nine + " 7\n" << 0;
+    QTest::newRow("-1") << nine + " -1\n" << 0;
+    QTest::newRow("a word") << nine + " two\n" << 0;
+    QTest::newRow("a word behind the number") << nine + " 2x\n" << 0;
+    QTest::newRow("hexadecimal") << nine + " 0x2\n" << 0;
+    QTest::newRow("a fraction") << nine + " 2.0\n" << 0;
+    QTest::newRow("beyond 32 bits") << nine + " 4294967298\n" << 0;
+    QTest::newRow("no file content") << QByteArray("") << 0;
+    QTest::newRow("empty line") << QByteArray("\n") + nine + " 2\n" << 0;
+    QTest::newRow("7 fields") << QByteArray("1 2 3 4 5 6 3\n") << 0;
+    QTest::newRow("9 fields") << nine + "\n" << 0;
+    QTest::newRow("11 fields") << nine + " 2 2\n" << 0;
+    QTest::newRow("blank behind the last field") << nine + " 2 \n" << 0;
+    QTest::newRow("two blanks make a field") << QByteArray("1 2 3 4 5 6 7 8  2\n") << 2;
+    QTest::newRow("tabs do not") << nine + "\t2\n" << 0;
+    QTest::newRow("the first line counts") << nine + " 1\n" + nine + " 2\n" << 1;
+    QTest::newRow("NUL ends the line") << nine + QByteArray(" 2\0 9 9 9\n", 10) << 2;
+    QTest::newRow("NUL in an early field") << QByteArray("1\0 ", 3) + nine + " 2\n" << 0;
+    QTest::newRow("binary") << QByteArray::fromHex("ff00fe2080a0ff0a0d") << 0;
+    QTest::newRow("bytes of no text") << nine + " \xff\xfe\n" << 0;
+    QTest::newRow("1 MB without a line end") << QByteArray(1024 * 1024, '1') << 0;
+    QTest::newRow("1 MB of fields") << QByteArray("2 ").repeated(512 * 1024) << 0;
+    QTest::newRow("1 MB behind the line") << nine + " 3\n" + QByteArray(1024 * 1024, '\0') << 3;
+}
+
+void TouchTest::rotationIsTheTenthFieldOfTheCalibration()
+{
+    QFETCH(QByteArray, file);
+    QFETCH(int, rotation);
+    Board::WriteFile(calibrationFile, file);
+
+    Rebuild();
+
+    QCOMPARE(Rotation(), rotation);
+}
+
+void TouchTest::rotationIsNoneWithoutACalibration()
+{
+    QVERIFY(!QFile::exists(calibrationFile));
+    QCOMPARE(Rotation(), 0);
+}
+
+void TouchTest::rotationIsNoneWhereAFolderStands()
+{
+    QVERIFY(QDir().mkpath(calibrationFile));
+
+    Rebuild();
+
+    QCOMPARE(Rotation(), 0);
+}
+
+void TouchTest::rotationIsReadAnewByEachPage()
+{
+    Board::WriteFile(calibrationFile, "1 2 3 4 5 6 7 8 9 2\n");
+    Rebuild();
+    QCOMPARE(Rotation(), 2);
+    QCOMPARE(InGrid<QComboBox>(m_page.get(), Calibration, 1)->currentText(), QString("Rotation 2"));
+
+    QVERIFY(QFile::remove(calibrationFile));
+    Rebuild();
+
+    QCOMPARE(Rotation(), 0);
+}
+
+void TouchTest::rotationIsReadAgainOnDemand()
+{
+    Board::WriteFile(calibrationFile, "1 2 3 4 5 6 7 8 9 3\n");
+    m_page->InitCurrentRotate();
+    QCOMPARE(Rotation(), 3);
+
+    QVERIFY(QFile::remove(calibrationFile));
+    m_page->InitCurrentRotate();
+
+    QCOMPARE(Rotation(), 0);
+}
+
+void TouchTest::calibrationCannotBeStartedByTheOperator()
+{
+    Press(m_page.get(), "btnTouchCalc");
+
+    QCOMPARE(Board::Calls(), QStringList());
+    QVERIFY(!InGrid<QComboBox>(m_page.get(), Calibration, 1)->isEnabled());
+}
+
+void TouchTest::calibrationRunsTheToolAndRestartsTheBoard_data()
+{
+    QTest::addColumn<int>("rotation");
+    for (int rotation = 0; rotation <= 3; ++rotation) {
+        QTest::newRow(QByteArray::number(rotation)) << rotation;
+    }
+}
+
+void TouchTest::calibrationRunsTheToolAndRestartsTheBoard()
+{
+    QFETCH(int, rotation);
+    InGrid<QComboBox>(m_page.get(), Calibration, 1)->setCurrentIndex(rotation);
+
+    m_page->findChild<QPushButton*>("btnTouchCalc")->setEnabled(true);
+    Press(m_page.get(), "btnTouchCalc");
+
+    QCOMPARE(Board::Calls(),
+             QStringList({QString("ts_calibrate -r %1").arg(rotation), QString("reboot")}));
+    QCOMPARE(Board::ReadFile(calibrationFile).split(' ').size(), 10);
+    Rebuild();
+    QCOMPARE(Rotation(), rotation);
+}
+
+void TouchTest::calibrationWithoutItsToolStillRestarts()
+{
+    Board::PutTool("ts_calibrate", "exit 127");
+
+    m_page->findChild<QPushButton*>("btnTouchCalc")->setEnabled(true);
+    Press(m_page.get(), "btnTouchCalc");
+
+    QCOMPARE(Board::Calls(), QStringList("reboot"));
+    QVERIFY(!QFile::exists(calibrationFile));
+}
+
+void TouchTest::calibrationPaintsTheWindowAnew()
+{
+    struct Paints : QObject {
+        int count = 0;
+        bool eventFilter(QObject* /*watched*/, QEvent* event) override
+        {
+            count += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+    } paints;
+    MoskTester window;
+    g_mainwnd = &window;
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QCoreApplication::processEvents();
+    window.installEventFilter(&paints);
+
+    m_page->findChild<QPushButton*>("btnTouchCalc")->setEnabled(true);
+    Press(m_page.get(), "btnTouchCalc");
+
+    QTRY_VERIFY(paints.count > 0);
+    g_mainwnd = nullptr;
+}
+
+void TouchTest::testCoversTheScreen_data()
+{
+    QTest::addColumn<QSize>("screen");
+    QTest::newRow("1024x600") << QSize(1024, 600);
+    QTest::newRow("800x480") << QSize(800, 480);
+}
+
+void TouchTest::testCoversTheScreen()
+{
+    QFETCH(QSize, screen);
+    GiveTheScreen(screen);
+    m_page->resize(screen);
+
+    DuringTheTest([screen](ToolTouchTest& test) {
+        QCOMPARE(test.objectName(), QString("toolTouchTest"));
+        QVERIFY(test.windowFlags().testFlag(Qt::FramelessWindowHint));
+        QCOMPARE(test.windowModality(), Qt::ApplicationModal);
+        QVERIFY(test.isWindow());
+        QCOMPARE(test.geometry(), QRect(QPoint(0, 0), screen));
+        QCOMPARE(test.layout()->contentsMargins(), QMargins(2, 2, 2, 2));
+        QCOMPARE(qobject_cast<QGridLayout*>(test.layout())->horizontalSpacing(), 2);
+        QCOMPARE(qobject_cast<QGridLayout*>(test.layout())->verticalSpacing(), 2);
+
+        QCOMPARE(Place(test, 1)->geometry().topLeft(), QPoint(2, 2));
+        QCOMPARE(Place(test, places)->geometry().bottomRight(),
+                 QPoint(screen.width() - 3, screen.height() - 3));
+        for (int number = 2; number <= places; ++number) {
+            const QSize difference = Place(test, number)->size() - Place(test, 1)->size();
+            QVERIFY(qAbs(difference.width()) <= 1);
+            QVERIFY(qAbs(difference.height()) <= 1);
+        }
+    });
+}
+
+void TouchTest::testNumbersItsPlaces()
+{
+    DuringTheTest([](ToolTouchTest& test) {
+        QCOMPARE(test.findChildren<QPushButton*>().size(), places);
+        for (int number = 1; number <= places; ++number) {
+            QVERIFY(Place(test, number) != nullptr);
+            QCOMPARE(Place(test, number)->text(),
+                     number == centre ? QString("Exit") : QString::number(number));
+        }
+    });
+}
+
+void TouchTest::testSpeaksTheLanguage_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<QString>("exit");
+    QTest::newRow("English") << "english"
+                             << "Exit";
+    QTest::newRow("Chinese") << "chinese"
+                             << "退出";
+}
+
+void TouchTest::testSpeaksTheLanguage()
+{
+    QFETCH(QString, language);
+    QFETCH(QString, exit);
+    MoskSettings::GetInstance()->SetValue("Language", language);
+    MoskTranslator::Reload();
+
+    DuringTheTest([exit](ToolTouchTest& test) { QCOMPARE(Place(test, centre)->text(), exit); });
+}
+
+void TouchTest::testLightsUpUnderTheFinger()
+{
+    DuringTheTest([this](ToolTouchTest& test) {
+        for (int number = 1; number <= places; ++number) {
+            if (number == centre) {
+                continue;
+            }
+            PutFingerOn(Place(test, number));
+            QCOMPARE(ColourOf(test, number), red);
+            LiftFingerFrom(Place(test, number));
+            if (number > 1 && number - 1 != centre) {
+                QCOMPARE(ColourOf(test, number - 1), blue);
+            }
+        }
+    });
+}
+
+void TouchTest::testLightsUpUnderTheMouse()
+{
+    DuringTheTest([](ToolTouchTest& test) {
+        QTest::mouseMove(test.windowHandle(), Place(test, 14)->geometry().center());
+        QCoreApplication::processEvents();
+        QCOMPARE(ColourOf(test, 14), red);
+
+        QTest::mouseMove(test.windowHandle(), Place(test, 15)->geometry().center());
+        QCoreApplication::processEvents();
+        QCOMPARE(ColourOf(test, 15), red);
+        QCOMPARE(ColourOf(test, 14), blue);
+    });
+}
+
+void TouchTest::testIsLeftByTheCentreOnly()
+{
+    DuringTheTest([](ToolTouchTest& test) {
+        for (int number = 1; number <= places; ++number) {
+            if (number != centre) {
+                QTest::mouseClick(Place(test, number), Qt::LeftButton);
+            }
+        }
+        QVERIFY(test.isVisible());
+        for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return, Qt::Key_Enter, Qt::Key_Back}) {
+            QTest::keyClick(test.windowHandle(), key);
+            QVERIFY(test.isVisible());
+        }
+    });
+    QCOMPARE(QApplication::activeModalWidget(), nullptr);
+}
+
+void TouchTest::testHoldsThePageBack()
+{
+    auto* buzzer = InGrid<QLineEdit>(m_page.get(), 3, 1);
+    const QString before = buzzer->text();
+
+    DuringTheTest([this](ToolTouchTest& /*test*/) {
+        QTest::mouseClick(m_page->windowHandle(), Qt::LeftButton, Qt::NoModifier,
+                          m_page->findChild<QPushButton*>("btnBeepTest")->geometry().center());
+    });
+
+    QCOMPARE(buzzer->text(), before);
+    QCOMPARE(InGrid<QLineEdit>(m_page.get(), Touch, 1)->text(), Text("Label_1000009"));
+}
+
+void TouchTest::testLeavesNothingBehind()
+{
+    const int widgets = QApplication::allWidgets().size();
+
+    for (int i = 0; i < 20; ++i) {
+        DuringTheTest([](ToolTouchTest& /*test*/) {});
+    }
+
+    QCOMPARE(QApplication::allWidgets().size(), widgets);
+}
+
+QTEST_MAIN(TouchTest)
+#include "TouchTest.moc"

@@ -95,20 +95,27 @@ SqlTester::SqlTester(QWidget* parent) : QWidget(parent)
 
 SqlTester::~SqlTester()
 {
+    // The driver warns of a connection that is taken away while somebody holds it.
     m_model.clear();
-    ReleaseDatabase();
+    const QString connection = m_database.connectionName();
+    m_database.close();
+    m_database = QSqlDatabase();
+    QSqlDatabase::removeDatabase(connection);
 }
 
 void SqlTester::OnStartSqlTest(bool /*checked*/)
 {
-    ReleaseDatabase();
+    m_database.close();
     ShowDetecting(m_create);
 
     const QString path = m_path->text();
     if (QFileInfo(path).isFile()) {
         QFile::remove(path);
     }
-    m_database = QSqlDatabase::addDatabase("QSQLITE");
+    // One connection for all runs: the rows on show are its driver's, also when a later run fails.
+    if (m_database.connectionName().isEmpty()) {
+        m_database = QSqlDatabase::addDatabase("QSQLITE");
+    }
     m_database.setDatabaseName(path);
     if (!m_database.open()) {
         qWarning() << "Cannot open" << path << m_database.lastError();
@@ -158,14 +165,4 @@ bool SqlTester::InsertRows()
         }
     }
     return true;
-}
-
-/// Gives the connection up, so that the next run, or the next page, can have its name. The rows
-/// that the view shows are the model's own by then and stay.
-void SqlTester::ReleaseDatabase()
-{
-    const QString connection = m_database.connectionName();
-    m_database.close();
-    m_database = QSqlDatabase();
-    QSqlDatabase::removeDatabase(connection);
 }

@@ -25,7 +25,6 @@ private slots:
 private:
     bool Execute(const QString& statement);
     bool InsertRows();
-    void ReleaseDatabase();
 
     QSqlDatabase m_database;
     QSqlQueryModel m_model;

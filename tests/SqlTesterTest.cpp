@@ -1,0 +1,439 @@
+#include "pages/SqlTester.h"
+#include "frame/BodyWidget.h"
+#include "frame/MoskSettings.h"
+#include "simulated-board/Board.h"
+#include "tests/Operate.h"
+
+#include <QDir>
+#include <QHeaderView>
+#include <QLabel>
+#include <QProcess>
+#include <QPushButton>
+#include <QTableView>
+#include <QVBoxLayout>
+
+#include <memory>
+
+namespace
+{
+
+const char* const database = "/var/log/sqlite.db";
+const QColor black(0, 0, 0);
+const QColor green(12, 141, 66);
+const QColor red(255, 0, 0);
+
+enum Row { Path, Create, Insert, Delete };
+
+QStringList s_warnings;
+
+void KeepWarnings(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
+{
+    if (type == QtWarningMsg && text.contains("QSql")) {
+        s_warnings += text;
+    }
+}
+
+/// What the sqlite3 tool makes of the file.
+QString Ask(const QString& query)
+{
+    QProcess sqlite;
+    sqlite.start("sqlite3", {database, query});
+    sqlite.waitForFinished();
+    return QString::fromUtf8(sqlite.readAll());
+}
+
+/// Gives /var/log storage of its own.
+void Mount(const QString& options)
+{
+    QCOMPARE(QProcess::execute("mount", {"-t", "tmpfs", "-o", options, "tmpfs", "/var/log"}), 0);
+}
+
+void FillTheStorage()
+{
+    QFile file("/var/log/filler");
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered));
+    while (file.write(QByteArray(512, 'x')) > 0) {
+    }
+}
+
+int Descriptors()
+{
+    return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
+}
+
+} // namespace
+
+class SqlTesterTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void layoutHasTheStepsAboveTheResult_data();
+    void layoutHasTheStepsAboveTheResult();
+
+    void goodStoragePassesEachStep();
+    void resultIsTheRowsThatAreLeft();
+    void namesAreOfTheLanguage();
+    void fileIsThereForOthers();
+    void stepsAreShownAsTheyHappen();
+
+    void secondRunBeginsAnew();
+    void leftoverFileIsReplaced_data();
+    void leftoverFileIsReplaced();
+    void runsAndPageChangesLeaveNothingToWarnOf();
+
+    void storageThatCannotBeWrittenFailsEachStep_data();
+    void storageThatCannotBeWrittenFailsEachStep();
+    void failureLeavesTheResultAsItWas();
+    void storageThatFillsUpFailsFromThereOn_data();
+    void storageThatFillsUpFailsFromThereOn();
+    void repairedStoragePassesAgain();
+
+private:
+    void Rebuild();
+    QWidget* Steps() { return m_page->layout()->itemAt(0)->widget(); }
+    QLineEdit* Field(Row row) { return InGrid<QLineEdit>(Steps(), row, 1); }
+    QTableView* Result() { return m_page->findChild<QTableView*>(); }
+    QStringList ResultRows();
+    void Test() { QTest::mouseClick(InGrid<QPushButton>(Steps(), 0, 2), Qt::LeftButton); }
+    void CompareVerdicts(const QList<bool>& passed);
+
+    std::unique_ptr<SqlTester> m_page;
+    bool m_mounted = false;
+};
+
+void SqlTesterTest::initTestCase()
+{
+    QFile style(":/qss/style.qss");
+    QVERIFY(style.open(QIODevice::ReadOnly));
+    qApp->setStyleSheet(style.readAll());
+}
+
+void SqlTesterTest::init()
+{
+    Board::Become("language english\n");
+    MoskSettings::GetInstance()->SetValue("Language", "english");
+    MoskTranslator::Reload();
+    QProcess::execute("rm", {"-rf", database});
+    Rebuild();
+}
+
+void SqlTesterTest::cleanup()
+{
+    m_page.reset();
+    if (m_mounted) {
+        QCOMPARE(QProcess::execute("umount", {"/var/log"}), 0);
+        m_mounted = false;
+    }
+}
+
+void SqlTesterTest::Rebuild()
+{
+    m_page.reset();
+    m_page = std::make_unique<SqlTester>(nullptr);
+    m_page->resize(1024, 550);
+    m_page->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
+}
+
+QStringList SqlTesterTest::ResultRows()
+{
+    QStringList rows;
+    const QAbstractItemModel* model = Result()->model();
+    for (int row = 0; model != nullptr && row < model->rowCount(); ++row) {
+        QStringList columns;
+        for (int column = 0; column < model->columnCount(); ++column) {
+            columns += model->index(row, column).data().toString();
+        }
+        rows += columns.join('|');
+    }
+    return rows;
+}
+
+void SqlTesterTest::CompareVerdicts(const QList<bool>& passed)
+{
+    for (int i = 0; i < 3; ++i) {
+        QLineEdit* field = Field(Row(Create + i));
+        QCOMPARE(field->text(), QString(passed[i] ? "Succeeded!" : "Failed!"));
+        QCOMPARE(TextColour(field), passed[i] ? green : red);
+    }
+}
+
+void SqlTesterTest::layoutHasTheStepsAboveTheResult_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<QStringList>("labels");
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("result");
+    QTest::newRow("English") << "english"
+                             << QStringList({"File:", "Create:", "Insert:", "Delete:", "Query:"})
+                             << "Test"
+                             << "The result is displayed here!";
+    QTest::newRow("Chinese") << "chinese"
+                             << QStringList(
+                                    {"库 文 件：", "创 建：", "插 入：", "删 除：", "查 询："})
+                             << "测试"
+                             << "此处显示结果！";
+}
+
+void SqlTesterTest::layoutHasTheStepsAboveTheResult()
+{
+    QFETCH(QString, language);
+    QFETCH(QStringList, labels);
+    QFETCH(QString, button);
+    QFETCH(QString, result);
+    MoskSettings::GetInstance()->SetValue("Language", language);
+    MoskTranslator::Reload();
+    Rebuild();
+
+    QCOMPARE(m_page->layout()->contentsMargins(), QMargins(40, 20, 40, 20));
+    QCOMPARE(m_page->layout()->spacing(), 20);
+    QCOMPARE(Steps()->layout()->contentsMargins(), QMargins(0, 0, 0, 0));
+    QCOMPARE(qobject_cast<QGridLayout*>(Steps()->layout())->verticalSpacing(), 10);
+    for (int row = Path; row <= Delete; ++row) {
+        auto* label = InGrid<QLabel>(Steps(), row, 0);
+        QVERIFY(label != nullptr);
+        QCOMPARE(label->text(), labels[row]);
+        QCOMPARE(label->size(), QSize(80, 30));
+        QCOMPARE(label->sizePolicy(), QSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed));
+        QCOMPARE(Field(Row(row))->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
+        QCOMPARE(Field(Row(row))->sizePolicy().verticalPolicy(), QSizePolicy::Expanding);
+        QCOMPARE(Field(Row(row))->isEnabled(), row != Path);
+        QCOMPARE(Field(Row(row))->text(), row == Path ? QString(database) : result);
+    }
+    // The fields of the results are as wide as the path and the button together.
+    QCOMPARE(InGrid<QLineEdit>(Steps(), Create, 2), Field(Create));
+    QCOMPARE(InGrid<QPushButton>(Steps(), Path, 2)->text(), button);
+    QCOMPARE(InGrid<QPushButton>(Steps(), Path, 2)->size(), QSize(80, 30));
+
+    QWidget* query = m_page->layout()->itemAt(1)->widget();
+    QCOMPARE(query->layout()->spacing(), 10);
+    auto* label = qobject_cast<QLabel*>(query->layout()->itemAt(0)->widget());
+    QVERIFY(label != nullptr);
+    QCOMPARE(label->text(), labels[4]);
+    QCOMPARE(label->size(), QSize(80, 30));
+    QCOMPARE(query->layout()->itemAt(1)->widget(), Result());
+    QVERIFY(Result()->height() > 300);
+}
+
+void SqlTesterTest::goodStoragePassesEachStep()
+{
+    QCOMPARE(TextColour(Field(Create)), black);
+
+    Test();
+
+    CompareVerdicts({true, true, true});
+}
+
+void SqlTesterTest::resultIsTheRowsThatAreLeft()
+{
+    QVERIFY(Result()->model() == nullptr);
+
+    Test();
+
+    QCOMPARE(ResultRows(), QStringList({"1|Zhang San|96", "2|Li Si|98", "4|Zhao Liu|94"}));
+    QStringList headers;
+    for (int column = 0; column < 3; ++column) {
+        headers += Result()->model()->headerData(column, Qt::Horizontal).toString();
+    }
+    QCOMPARE(headers, QStringList({"id", "name", "score"}));
+}
+
+void SqlTesterTest::namesAreOfTheLanguage()
+{
+    MoskSettings::GetInstance()->SetValue("Language", "chinese");
+    MoskTranslator::Reload();
+    Rebuild();
+
+    Test();
+
+    QCOMPARE(Field(Delete)->text(), QString("成功！"));
+    QCOMPARE(ResultRows(), QStringList({"1|张三|96", "2|李四|98", "4|赵六|94"}));
+    QCOMPARE(Ask("SELECT name FROM t_student"), QString("张三\n李四\n赵六\n"));
+}
+
+void SqlTesterTest::fileIsThereForOthers()
+{
+    Test();
+
+    QCOMPARE(Ask("SELECT * FROM t_student"),
+             QString("1|Zhang San|96.0\n2|Li Si|98.0\n4|Zhao Liu|94.0\n"));
+    QCOMPARE(Ask("PRAGMA integrity_check"), QString("ok\n"));
+    QCOMPARE(Ask("SELECT name, type, \"notnull\", pk FROM pragma_table_info('t_student')"),
+             QString("id|INT|1|1\nname|TEXT|1|0\nscore|REAL|1|0\n"));
+    m_page.reset();
+    QCOMPARE(Ask("SELECT count(*) FROM t_student"), QString("3\n"));
+}
+
+void SqlTesterTest::stepsAreShownAsTheyHappen()
+{
+    QStringList shown;
+    for (const Row row : {Create, Insert, Delete}) {
+        connect(Field(row), &QLineEdit::textChanged, this,
+                [&shown, row](const QString& text) { shown += QString::number(row) + ' ' + text; });
+    }
+
+    Test();
+    QCOMPARE(shown,
+             QStringList({"1 Detecting...", "1 Succeeded!", "2 Succeeded!", "3 Succeeded!"}));
+
+    // The later fields keep what they showed until their step has run again.
+    shown.clear();
+    Test();
+    QCOMPARE(shown, QStringList({"1 Detecting...", "1 Succeeded!"}));
+}
+
+void SqlTesterTest::secondRunBeginsAnew()
+{
+    Test();
+    Test();
+
+    CompareVerdicts({true, true, true});
+    QCOMPARE(ResultRows().size(), 3);
+
+    Rebuild();
+    Test();
+
+    CompareVerdicts({true, true, true});
+    QCOMPARE(Ask("SELECT count(*) FROM t_student"), QString("3\n"));
+}
+
+void SqlTesterTest::leftoverFileIsReplaced_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("garbage") << QByteArray(100000, '\xA5');
+    QTest::newRow("a torn database") << QByteArray("SQLite format 3\0\x10\0\1\1", 20);
+}
+
+void SqlTesterTest::leftoverFileIsReplaced()
+{
+    QFETCH(QByteArray, content);
+    Board::WriteFile(database, content);
+
+    Test();
+
+    CompareVerdicts({true, true, true});
+    QCOMPARE(ResultRows().size(), 3);
+}
+
+void SqlTesterTest::runsAndPageChangesLeaveNothingToWarnOf()
+{
+    BodyWidget body(nullptr);
+    body.resize(1024, 550);
+    body.show();
+    const int before = Descriptors();
+    s_warnings.clear();
+    const QtMessageHandler handler = qInstallMessageHandler(KeepWarnings);
+
+    for (int visit = 0; visit < 10; ++visit) {
+        body.OpenPage(BodyWidget::DatabasePage);
+        auto* page = body.findChild<SqlTester*>();
+        auto* button = page->findChild<QPushButton*>();
+        for (int run = 0; run < 10; ++run) {
+            QTest::mouseClick(button, Qt::LeftButton);
+        }
+        body.OpenPage(BodyWidget::BasicPage);
+    }
+    body.OpenPage(BodyWidget::DatabasePage);
+    body.OpenPage(BodyWidget::NoPage);
+    qInstallMessageHandler(handler);
+
+    QVERIFY2(s_warnings.isEmpty(), qPrintable(s_warnings.join('\n')));
+    QCOMPARE(Descriptors(), before);
+}
+
+void SqlTesterTest::storageThatCannotBeWrittenFailsEachStep_data()
+{
+    QTest::addColumn<QString>("storage");
+    QTest::newRow("read-only") << "ro";
+    QTest::newRow("full") << "full";
+    QTest::newRow("a folder in the file's place") << "folder";
+    QTest::newRow("no folder for it") << "missing";
+}
+
+void SqlTesterTest::storageThatCannotBeWrittenFailsEachStep()
+{
+    QFETCH(QString, storage);
+    if (storage == "ro") {
+        Mount("ro");
+        m_mounted = true;
+    } else if (storage == "full") {
+        Mount("size=64k");
+        m_mounted = true;
+        FillTheStorage();
+    } else if (storage == "folder") {
+        QVERIFY(QDir().mkpath(database));
+    } else {
+        QVERIFY(QDir().rename("/var/log", "/var/log.away"));
+    }
+
+    Test();
+    if (storage == "missing") {
+        QVERIFY(QDir().rename("/var/log.away", "/var/log"));
+    }
+
+    CompareVerdicts({false, false, false});
+    QVERIFY(Result()->model() == nullptr);
+}
+
+void SqlTesterTest::failureLeavesTheResultAsItWas()
+{
+    Test();
+    const QStringList rows = ResultRows();
+    QCOMPARE(rows.size(), 3);
+
+    Mount("ro");
+    m_mounted = true;
+    Test();
+
+    CompareVerdicts({false, false, false});
+    QCOMPARE(ResultRows(), rows);
+    QVERIFY(!Result()->grab().isNull());
+}
+
+void SqlTesterTest::storageThatFillsUpFailsFromThereOn_data()
+{
+    QTest::addColumn<int>("after");
+    QTest::addColumn<QList<bool>>("passed");
+    QTest::newRow("after the table was created") << int(Create) << QList<bool>{true, false, false};
+    QTest::newRow("after the rows were inserted") << int(Insert) << QList<bool>{true, true, false};
+}
+
+void SqlTesterTest::storageThatFillsUpFailsFromThereOn()
+{
+    QFETCH(int, after);
+    QFETCH(QList<bool>, passed);
+    Mount("size=64k");
+    m_mounted = true;
+    connect(Field(Row(after)), &QLineEdit::textChanged, this, [](const QString& text) {
+        if (text == "Succeeded!") {
+            FillTheStorage();
+        }
+    });
+
+    Test();
+
+    CompareVerdicts(passed);
+    QVERIFY(Result()->model() == nullptr);
+}
+
+void SqlTesterTest::repairedStoragePassesAgain()
+{
+    QVERIFY(QDir().mkpath(database));
+    Test();
+    CompareVerdicts({false, false, false});
+
+    QVERIFY(QDir().rmdir(database));
+    Test();
+
+    CompareVerdicts({true, true, true});
+    QCOMPARE(ResultRows().size(), 3);
+}
+
+QTEST_MAIN(SqlTesterTest)
+#include "SqlTesterTest.moc"

@@ -54,11 +54,11 @@ CameraTester::~CameraTester()
 
 void CameraTester::OnBtnOpenClicked(bool /*checked*/)
 {
-    Close();
     const int index = m_selector->currentIndex();
     if (index < 0 || index >= m_cameras.size()) {
         return;
     }
+    Close();
     m_camera = std::make_unique<QCamera>(m_cameras[index]);
     m_camera->setViewfinder(m_viewfinder);
     m_camera->start();

@@ -1,0 +1,381 @@
+#include "pages/CameraTester.h"
+#include "frame/MoskSettings.h"
+#include "simulated-board/Board.h"
+#include "tests/Operate.h"
+
+#include <QCamera>
+#include <QCameraViewfinder>
+#include <QComboBox>
+#include <QDir>
+#include <QPushButton>
+
+#include <memory>
+
+namespace
+{
+
+const QByteArray twoCameras = "camera video0 #2060c0 Front camera\n"
+                              "camera video1 #c06020 Rear camera\n";
+const QColor front(0x20, 0x60, 0xc0);
+const QColor rear(0xc0, 0x60, 0x20);
+
+/// What was opened and closed, in order.
+QStringList Uses()
+{
+    const QString path = "/run/board/received/cameras";
+    return QFile::exists(path)
+               ? QString::fromUtf8(Board::ReadFile(path)).split('\n', Qt::SkipEmptyParts)
+               : QStringList();
+}
+
+/// Plugs cameras in and pulls them out while the program runs; a line each.
+void CamerasAreNow(const QByteArray& lines)
+{
+    Board::WriteFile("/run/board/cameras", lines);
+}
+
+/// The row of the first camera that this machine's kernel makes up; -1 where there is none.
+int KernelCamera()
+{
+    const QList<QCameraInfo> cameras = QCameraInfo::availableCameras();
+    for (int i = 0; i < cameras.size(); ++i) {
+        if (cameras[i].deviceName().startsWith("/dev/")) {
+            return i;
+        }
+    }
+    return -1;
+}
+
+} // namespace
+
+class CameraTesterTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void layoutHasThePictureAboveTheSelector_data();
+    void layoutHasThePictureAboveTheSelector();
+    void selectorListsTheCamerasInTheirOrder();
+    void selectorIsThatOfThePagesStart();
+    void cameraIsOpenedByTheOperatorOnly();
+
+    void openShowsThePictureOfTheChosenCamera_data();
+    void openShowsThePictureOfTheChosenCamera();
+    void openAgainRestartsThePicture();
+    void openClosesTheOtherCameraFirst();
+    void closeStopsThePicture();
+    void closeWithoutACameraDoesNothing();
+    void leavingThePageClosesTheCamera();
+
+    void noCameraNothingToOpen();
+    void choiceOutsideTheListOpensNothing();
+    void cameraThatVanishesLeavesThePageUsable();
+    void cameraThatCannotBeOpenedLeavesThePageUsable();
+    void manyOpeningsLeaveNothingBehind();
+
+    void cameraOfTheKernelShowsAPicture();
+
+private:
+    void Rebuild();
+    QComboBox* Selector() { return InGrid<QComboBox>(m_page.get(), 1, 0); }
+    QCameraViewfinder* Viewfinder() { return InGrid<QCameraViewfinder>(m_page.get(), 0, 0); }
+    QColor Picture();
+
+    std::unique_ptr<CameraTester> m_page;
+};
+
+void CameraTesterTest::initTestCase()
+{
+    QFile style(":/qss/style.qss");
+    QVERIFY(style.open(QIODevice::ReadOnly));
+    qApp->setStyleSheet(style.readAll());
+    qInfo("Cameras: those of the simulated board%s",
+          KernelCamera() >= 0 ? ", and the kernel's" : "; the kernel here has none");
+}
+
+void CameraTesterTest::init()
+{
+    Board::Become("language english\n" + twoCameras);
+    MoskSettings::GetInstance()->SetValue("Language", "english");
+    MoskTranslator::Reload();
+    Rebuild();
+}
+
+void CameraTesterTest::cleanup()
+{
+    m_page.reset();
+}
+
+void CameraTesterTest::Rebuild()
+{
+    m_page.reset();
+    m_page = std::make_unique<CameraTester>(nullptr);
+    m_page->resize(1024, 550);
+    m_page->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
+}
+
+/// What the middle of the viewfinder shows.
+QColor CameraTesterTest::Picture()
+{
+    return Viewfinder()->grab().toImage().pixelColor(Viewfinder()->rect().center());
+}
+
+void CameraTesterTest::layoutHasThePictureAboveTheSelector_data()
+{
+    QTest::addColumn<QString>("language");
+    QTest::addColumn<QString>("open");
+    QTest::addColumn<QString>("close");
+    QTest::newRow("English") << "english"
+                             << "Open"
+                             << "Close";
+    QTest::newRow("Chinese") << "chinese"
+                             << "打开相机"
+                             << "关闭相机";
+}
+
+void CameraTesterTest::layoutHasThePictureAboveTheSelector()
+{
+    QFETCH(QString, language);
+    QFETCH(QString, open);
+    QFETCH(QString, close);
+    MoskSettings::GetInstance()->SetValue("Language", language);
+    MoskTranslator::Reload();
+    Rebuild();
+
+    QVERIFY(Viewfinder() != nullptr);
+    QCOMPARE(InGrid<QCameraViewfinder>(m_page.get(), 0, 2), Viewfinder());
+    QVERIFY(Viewfinder()->height() > 400);
+    QCOMPARE(Selector()->height(), 40);
+    QCOMPARE(Selector()->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
+    auto* openButton = InGrid<QPushButton>(m_page.get(), 1, 1);
+    auto* closeButton = InGrid<QPushButton>(m_page.get(), 1, 2);
+    QCOMPARE(openButton->objectName(), QString("btnopen"));
+    QCOMPARE(openButton->text(), open);
+    QCOMPARE(openButton->size(), QSize(100, 30));
+    QCOMPARE(closeButton->objectName(), QString("btnclose"));
+    QCOMPARE(closeButton->text(), close);
+    QCOMPARE(closeButton->size(), QSize(100, 30));
+}
+
+void CameraTesterTest::selectorListsTheCamerasInTheirOrder()
+{
+    QStringList expected;
+    for (const QCameraInfo& camera : QCameraInfo::availableCameras()) {
+        expected += camera.description();
+    }
+    QVERIFY(expected.contains("Front camera"));
+    QCOMPARE(expected.indexOf("Rear camera"), expected.indexOf("Front camera") + 1);
+
+    QStringList items;
+    for (int i = 0; i < Selector()->count(); ++i) {
+        items += Selector()->itemText(i);
+    }
+    QCOMPARE(items, expected);
+}
+
+void CameraTesterTest::selectorIsThatOfThePagesStart()
+{
+    const int before = Selector()->count();
+    CamerasAreNow("video2 #ffffff Third camera\n");
+
+    Press(m_page.get(), "btnopen");
+    QCOMPARE(Selector()->count(), before);
+
+    Rebuild();
+    QVERIFY(Selector()->findText("Third camera") >= 0);
+    QCOMPARE(Selector()->findText("Front camera"), -1);
+}
+
+void CameraTesterTest::cameraIsOpenedByTheOperatorOnly()
+{
+    Selector()->setCurrentText("Rear camera");
+
+    QVERIFY(m_page->findChildren<QCamera*>().isEmpty());
+    QCOMPARE(Uses(), QStringList());
+}
+
+void CameraTesterTest::openShowsThePictureOfTheChosenCamera_data()
+{
+    QTest::addColumn<QString>("camera");
+    QTest::addColumn<QColor>("colour");
+    QTest::newRow("first") << "Front camera" << front;
+    QTest::newRow("second") << "Rear camera" << rear;
+}
+
+void CameraTesterTest::openShowsThePictureOfTheChosenCamera()
+{
+    QFETCH(QString, camera);
+    QFETCH(QColor, colour);
+    Selector()->setCurrentText(camera);
+
+    Press(m_page.get(), "btnopen");
+
+    QTRY_COMPARE(Picture(), colour);
+}
+
+void CameraTesterTest::openAgainRestartsThePicture()
+{
+    Selector()->setCurrentText("Front camera");
+    Press(m_page.get(), "btnopen");
+    QTRY_COMPARE(Picture(), front);
+
+    Press(m_page.get(), "btnopen");
+
+    QTRY_COMPARE(Picture(), front);
+    QCOMPARE(Uses(), QStringList({"open video0", "close video0", "open video0"}));
+}
+
+void CameraTesterTest::openClosesTheOtherCameraFirst()
+{
+    Selector()->setCurrentText("Front camera");
+    Press(m_page.get(), "btnopen");
+    Selector()->setCurrentText("Rear camera");
+    QTRY_COMPARE(Picture(), front);
+
+    Press(m_page.get(), "btnopen");
+
+    QTRY_COMPARE(Picture(), rear);
+    QCOMPARE(Uses(), QStringList({"open video0", "close video0", "open video1"}));
+}
+
+void CameraTesterTest::closeStopsThePicture()
+{
+    Selector()->setCurrentText("Front camera");
+    Press(m_page.get(), "btnopen");
+    QTRY_COMPARE(Picture(), front);
+
+    Press(m_page.get(), "btnclose");
+
+    QCOMPARE(Uses(), QStringList({"open video0", "close video0"}));
+    QTRY_VERIFY(Picture() != front);
+}
+
+void CameraTesterTest::closeWithoutACameraDoesNothing()
+{
+    Press(m_page.get(), "btnclose");
+    Press(m_page.get(), "btnclose");
+
+    QCOMPARE(Uses(), QStringList());
+}
+
+void CameraTesterTest::leavingThePageClosesTheCamera()
+{
+    Selector()->setCurrentText("Rear camera");
+    Press(m_page.get(), "btnopen");
+    QTRY_COMPARE(Picture(), rear);
+
+    m_page.reset();
+
+    QCOMPARE(Uses(), QStringList({"open video1", "close video1"}));
+}
+
+void CameraTesterTest::noCameraNothingToOpen()
+{
+    CamerasAreNow("");
+    if (KernelCamera() >= 0) {
+        QSKIP("The kernel here has cameras");
+    }
+    Rebuild();
+    QCOMPARE(Selector()->count(), 0);
+    QCOMPARE(Selector()->currentIndex(), -1);
+
+    Press(m_page.get(), "btnopen");
+    Press(m_page.get(), "btnclose");
+
+    QCOMPARE(Uses(), QStringList());
+}
+
+void CameraTesterTest::choiceOutsideTheListOpensNothing()
+{
+    Selector()->setCurrentText("Front camera");
+    Press(m_page.get(), "btnopen");
+
+    Selector()->setCurrentIndex(-1);
+    Press(m_page.get(), "btnopen");
+    Selector()->addItem("No camera");
+    Selector()->setCurrentText("No camera");
+    Press(m_page.get(), "btnopen");
+
+    QTRY_COMPARE(Picture(), front);
+    QCOMPARE(Uses(), QStringList("open video0"));
+}
+
+void CameraTesterTest::cameraThatVanishesLeavesThePageUsable()
+{
+    Selector()->setCurrentText("Front camera");
+    Press(m_page.get(), "btnopen");
+    QTRY_COMPARE(Picture(), front);
+
+    CamerasAreNow("video1 #c06020 Rear camera\n");
+    QTRY_COMPARE(Uses().last(), QString("close video0"));
+
+    Press(m_page.get(), "btnopen");
+    Press(m_page.get(), "btnclose");
+    QCOMPARE(Uses(), QStringList({"open video0", "close video0"}));
+    Press(m_page.get(), "btnopen");
+    Selector()->setCurrentText("Rear camera");
+    Press(m_page.get(), "btnopen");
+    QTRY_COMPARE(Picture(), rear);
+
+    CamerasAreNow("");
+    QTRY_COMPARE(Uses().last(), QString("close video1"));
+    m_page.reset();
+}
+
+void CameraTesterTest::cameraThatCannotBeOpenedLeavesThePageUsable()
+{
+    Board::Become("camera video0 busy Front camera\ncamera video1 #c06020 Rear camera\n");
+    Rebuild();
+    Selector()->setCurrentText("Front camera");
+    Press(m_page.get(), "btnopen");
+    QCOMPARE(Uses(), QStringList());
+
+    Selector()->setCurrentText("Rear camera");
+    Press(m_page.get(), "btnopen");
+
+    QTRY_COMPARE(Picture(), rear);
+    QCOMPARE(Uses(), QStringList("open video1"));
+}
+
+void CameraTesterTest::manyOpeningsLeaveNothingBehind()
+{
+    Selector()->setCurrentText("Front camera");
+    Press(m_page.get(), "btnopen");
+    QTRY_COMPARE(Picture(), front);
+    const int widgets = QApplication::allWidgets().size();
+    const int objects = m_page->findChildren<QObject*>().size();
+    const int descriptors = QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
+
+    for (int i = 0; i < 100; ++i) {
+        Press(m_page.get(), "btnopen");
+    }
+    QTRY_COMPARE(Picture(), front);
+
+    QCOMPARE(QApplication::allWidgets().size(), widgets);
+    QCOMPARE(m_page->findChildren<QObject*>().size(), objects);
+    QCOMPARE(QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size(), descriptors);
+    Press(m_page.get(), "btnclose");
+    QCOMPARE(Uses().count("open video0"), 101);
+    QCOMPARE(Uses().count("close video0"), 101);
+}
+
+void CameraTesterTest::cameraOfTheKernelShowsAPicture()
+{
+    if (KernelCamera() < 0) {
+        QSKIP("The kernel here has no vivid or v4l2loopback camera");
+    }
+    Selector()->setCurrentIndex(KernelCamera());
+
+    Press(m_page.get(), "btnopen");
+
+    QTRY_VERIFY(Picture() != QColor(Qt::black));
+    Press(m_page.get(), "btnclose");
+}
+
+QTEST_MAIN(CameraTesterTest)
+#include "CameraTesterTest.moc"

@@ -28,6 +28,9 @@ CameraTester::CameraTester(QWidget* parent)
     auto* layout = new QGridLayout(this);
 
     m_viewfinder = new QCameraViewfinder(this);
+    // Black, not the page's grey, where no camera shows a picture.
+    m_viewfinder->setPalette(Qt::black);
+    m_viewfinder->setAutoFillBackground(true);
     layout->addWidget(m_viewfinder, 0, 0, 1, 3);
 
     m_selector = new QComboBox(this);

@@ -2,6 +2,7 @@
 
 #include "frame/MoskTranslator.h"
 #include "instruments/ResultField.h"
+#include "instruments/Title.h"
 
 #include <QDebug>
 #include <QFile>
@@ -23,8 +24,7 @@ namespace
 
 QLabel* NewLabel(const QString& textKey, QWidget* parent)
 {
-    auto* label = new QLabel(MoskTranslator::Translate(textKey), parent);
-    label->setFixedSize(80, 30);
+    QLabel* label = NewTitle(textKey, {80, 30}, parent);
     label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     return label;
 }

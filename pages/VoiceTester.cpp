@@ -2,6 +2,7 @@
 
 #include "frame/MoskTranslator.h"
 #include "instruments/Shell.h"
+#include "instruments/Title.h"
 
 #include <QComboBox>
 #include <QGridLayout>
@@ -65,22 +66,19 @@ VoiceTester::VoiceTester(QWidget* parent) : QWidget(parent)
     layout->setContentsMargins(30, 20, 30, 20);
     layout->setSpacing(20);
 
-    auto* name = new QLabel(MoskTranslator::Translate("Label_1000800"), this);
-    name->setFixedSize(100, 30);
-    layout->addWidget(name, 0, 0);
+    const QSize size(100, 30);
+    layout->addWidget(NewTitle("Label_1000800", size, this), 0, 0);
     m_files = new QComboBox(this);
     m_files->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     layout->addWidget(m_files, 0, 1);
     auto* scan = new QPushButton(MoskTranslator::Translate("Label_1000801"), this);
-    scan->setFixedSize(100, 30);
+    scan->setFixedSize(size);
     layout->addWidget(scan, 0, 2);
 
-    auto* playTitle = new QLabel(MoskTranslator::Translate("Label_1000802"), this);
-    playTitle->setFixedSize(100, 30);
-    layout->addWidget(playTitle, 1, 0);
+    layout->addWidget(NewTitle("Label_1000802", size, this), 1, 0);
     auto* play = new QPushButton(MoskTranslator::Translate("Label_1000803"), this);
     play->setObjectName("btnPlay");
-    play->setFixedSize(100, 30);
+    play->setFixedSize(size);
     layout->addWidget(play, 1, 2);
 
     auto* filler = new QWidget(this);

@@ -195,8 +195,8 @@ void CameraTesterTest::cameraIsOpenedByTheOperatorOnly()
 {
     Selector()->setCurrentText("Rear camera");
 
-    QVERIFY(m_page->findChildren<QCamera*>().isEmpty());
     QCOMPARE(Uses(), QStringList());
+    QCOMPARE(Picture(), QColor(Qt::black));
 }
 
 void CameraTesterTest::openShowsThePictureOfTheChosenCamera_data()
@@ -252,7 +252,7 @@ void CameraTesterTest::closeStopsThePicture()
     Press(m_page.get(), "btnclose");
 
     QCOMPARE(Uses(), QStringList({"open video0", "close video0"}));
-    QTRY_VERIFY(Picture() != front);
+    QTRY_COMPARE(Picture(), QColor(Qt::black));
 }
 
 void CameraTesterTest::closeWithoutACameraDoesNothing()
@@ -334,6 +334,7 @@ void CameraTesterTest::cameraThatCannotBeOpenedLeavesThePageUsable()
     Selector()->setCurrentText("Front camera");
     Press(m_page.get(), "btnopen");
     QCOMPARE(Uses(), QStringList());
+    QCOMPARE(Picture(), QColor(Qt::black));
 
     Selector()->setCurrentText("Rear camera");
     Press(m_page.get(), "btnopen");

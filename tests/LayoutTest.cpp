@@ -71,6 +71,9 @@ void LayoutTest::everyPageShowsItsTextsWhole()
         const QString text = label != nullptr    ? label->text()
                              : button != nullptr ? button->text()
                                                  : line->text();
+        if (text.isEmpty()) {
+            continue;
+        }
         QVERIFY2(widget->fontMetrics().horizontalAdvance(text) <= widget->width() &&
                      widget->fontMetrics().height() <= widget->height(),
                  qPrintable("cut: " + text));

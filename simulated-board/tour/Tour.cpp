@@ -4,6 +4,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTextStream>
+#include <QThread>
 
 namespace
 {
@@ -108,6 +109,23 @@ void Tour::Check(const QString& check, const QString& shown, const QString& expe
 void Tour::CheckText(const QString& check, const QString& widget, const QString& expected)
 {
     Check(check, m_program.Text(widget), expected);
+}
+
+void Tour::CheckFile(const QString& check, const QString& path, const QString& line)
+{
+    QElapsedTimer timer;
+    timer.start();
+    QString shown;
+    do {
+        QFile file(path);
+        shown = file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+        if (shown.split('\n').contains(line)) {
+            shown = line;
+            break;
+        }
+        QThread::msleep(10);
+    } while (timer.elapsed() < 5000);
+    Check(check, shown, line);
 }
 
 void Tour::Press(const QString& check, const QString& button, const QString& field,

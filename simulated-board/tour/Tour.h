@@ -36,6 +36,9 @@ public:
     /// Judges the text that a widget shows.
     void CheckText(const QString& check, const QString& widget, const QString& expected);
 
+    /// Judges a line that what is plugged into the board leaves in a file, within 5 s.
+    void CheckFile(const QString& check, const QString& path, const QString& line);
+
     /// Presses a button and judges the text that `field` shows when its slot has returned, or
     /// within the time limit for a check that goes on after it.
     void Press(const QString& check, const QString& button, const QString& field,

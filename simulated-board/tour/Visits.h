@@ -12,3 +12,6 @@ void VisitRemoteAccess(Tour& tour);
 void VisitSerial(Tour& tour);
 void VisitCan(Tour& tour);
 void VisitProduction(Tour& tour);
+void VisitVoice(Tour& tour);
+void VisitDatabase(Tour& tour);
+void VisitCamera(Tour& tour);

@@ -17,6 +17,9 @@ const QList<Tour::Page> pages{
     {"serial", 3, 2, VisitSerial},
     {"can", 8, 5, VisitCan},
     {"production", 5, noTab, VisitProduction},
+    {"voice", 7, 4, VisitVoice},
+    {"database", 4, noTab, VisitDatabase},
+    {"camera", 10, noTab, VisitCamera},
 };
 
 } // namespace

@@ -9,6 +9,9 @@
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
+#include <QStyleOptionComboBox>
+#include <QStylePainter>
+#include <QStyledItemDelegate>
 #include <QTimer>
 
 #include <algorithm>
@@ -44,14 +47,52 @@ QByteArray Quoted(const QByteArray& name, int limit)
     return quoted + "'";
 }
 
+QString WithoutLineEnd(const QString& item)
+{
+    return item.endsWith('\n') ? item.chopped(1) : item;
+}
+
+/// The files in the open list, a line each: an item's own line end would make it two.
+class FileDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QString displayText(const QVariant& value, const QLocale& /*locale*/) const override
+    {
+        return WithoutLineEnd(value.toString());
+    }
+};
+
+/// The chosen file, on one line too; of a long path both ends are shown.
+class FileSelector : public QComboBox
+{
+public:
+    explicit FileSelector(QWidget* parent) : QComboBox(parent)
+    {
+        setItemDelegate(new FileDelegate(this));
+    }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QStylePainter painter(this);
+        QStyleOptionComboBox option;
+        initStyleOption(&option);
+        const QRect place = style()->subControlRect(QStyle::CC_ComboBox, &option,
+                                                    QStyle::SC_ComboBoxEditField, this);
+        option.currentText = option.fontMetrics.elidedText(WithoutLineEnd(option.currentText),
+                                                           Qt::ElideMiddle, place.width());
+        painter.drawComplexControl(QStyle::CC_ComboBox, option);
+        painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+    }
+};
+
 } // namespace
 
 QByteArray PlayCommand(const QString& item)
 {
-    QByteArray name = item.toUtf8();
-    if (name.endsWith('\n')) {
-        name.chop(1);
-    }
+    QByteArray name = WithoutLineEnd(item).toUtf8();
     char command[100] = {};
     if (!std::all_of(name.begin(), name.end(), IsOrdinary)) {
         name = Quoted(name, sizeof command - sizeof "tinyplay  &");
@@ -68,7 +109,7 @@ VoiceTester::VoiceTester(QWidget* parent) : QWidget(parent)
 
     const QSize size(100, 30);
     layout->addWidget(NewTitle("Label_1000800", size, this), 0, 0);
-    m_files = new QComboBox(this);
+    m_files = new FileSelector(this);
     m_files->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     layout->addWidget(m_files, 0, 1);
     auto* scan = new QPushButton(MoskTranslator::Translate("Label_1000801"), this);

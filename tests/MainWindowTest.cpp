@@ -229,6 +229,9 @@ void MainWindowTest::pagesWithoutTabOpenById_data()
 
     QTest::newRow("home") << 1 << "StartPage";
     QTest::newRow("basic") << 2 << "BasicTester";
+    QTest::newRow("database") << 4 << "SqlTester";
+    QTest::newRow("audio") << 7 << "VoiceTester";
+    QTest::newRow("camera") << 10 << "CameraTester";
 }
 
 void MainWindowTest::pagesWithoutTabOpenById()

@@ -3,6 +3,7 @@
 #include "simulated-board/Board.h"
 #include "tests/Operate.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QDir>
 #include <QLabel>
@@ -82,6 +83,7 @@ private slots:
     void scanPassesOverWhatFindComplains();
     void scanListsFiveThousandFiles();
     void scanListsNamesOfAnyLanguage();
+    void listShowsAFileOnOneLine();
 
     void commandOfAnOrdinaryNameIsPlain_data();
     void commandOfAnOrdinaryNameIsPlain();
@@ -283,6 +285,22 @@ void VoiceTesterTest::scanListsNamesOfAnyLanguage()
     PutFile("/mnt/\xff\xfe.wav");
     Scan();
     QCOMPARE(Items(m_page.get()), QStringList("/mnt/\uFFFD\uFFFD.wav\n"));
+}
+
+void VoiceTesterTest::listShowsAFileOnOneLine()
+{
+    Board::Become("sound song.wav 1\n");
+    Scan();
+    auto* files = InGrid<QComboBox>(m_page.get(), 0, 1);
+    const QImage shown = files->grab().toImage();
+    const int height = files->view()->sizeHintForRow(0);
+
+    // The same without the line end, which the page's item keeps.
+    files->clear();
+    files->addItem("/mnt/song.wav");
+
+    QCOMPARE(shown, files->grab().toImage());
+    QCOMPARE(height, files->view()->sizeHintForRow(0));
 }
 
 void VoiceTesterTest::commandOfAnOrdinaryNameIsPlain_data()

@@ -2,14 +2,14 @@
 
 #include "frame/StartPage.h"
 #include "pages/BasicTester.h"
-#include "pages/VncTester.h"
-#include "pages/WifiTester.h"
+#include "pages/CameraTester.h"
 #include "pages/CanTester.h"
 #include "pages/ProductionTester.h"
 #include "pages/SerialPortTester.h"
-#include "pages/CameraTester.h"
 #include "pages/SqlTester.h"
+#include "pages/VncTester.h"
 #include "pages/VoiceTester.h"
+#include "pages/WifiTester.h"
 
 #include <QPainter>
 #include <QStyleOption>
@@ -60,20 +60,20 @@ QWidget* BodyWidget::BuildPage(int id)
         return new StartPage(this);
     case BasicPage:
         return new BasicTester(this);
-    case WifiPage:
-        return new ToolWifiTest(this);
-    case RemoteAccessPage:
-        return new ToolVncTest(this);
     case SerialPage:
         return new SerialPortTester(this);
-    case ProductionPage:
-        return new ToolProductionTest(this);
-    case CanPage:
-        return new CanTester(this);
     case DatabasePage:
         return new SqlTester(this);
+    case ProductionPage:
+        return new ToolProductionTest(this);
+    case WifiPage:
+        return new ToolWifiTest(this);
     case VoicePage:
         return new VoiceTester(this);
+    case CanPage:
+        return new CanTester(this);
+    case RemoteAccessPage:
+        return new ToolVncTest(this);
     case CameraPage:
         return new CameraTester(this);
     default:

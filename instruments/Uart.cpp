@@ -24,7 +24,7 @@ void CloseVanishedPort(QSerialPort* port, const QString& device, QSerialPort::Se
     if (!vanished || !port->isOpen()) {
         return;
     }
-    qDebug().noquote() << QString("Lost device:%1, %2").arg(device, ReasonOf(port));
+    qDebug().noquote() << QString("Lost device:%1, %2").arg(device).arg(ReasonOf(port));
     port->close();
 }
 
@@ -35,7 +35,8 @@ bool OpenUart(QSerialPort* port, const QString& device)
     qDebug().noquote() << QString("Open device:%1").arg(device);
     port->setPortName(device);
     if (!port->open(QIODevice::ReadWrite)) {
-        qDebug().noquote() << QString("Cannot open device:%1, %2").arg(device, port->errorString());
+        qDebug().noquote()
+            << QString("Cannot open device:%1, %2").arg(device).arg(port->errorString());
         return false;
     }
     port->setBaudRate(115200, QSerialPort::AllDirections);

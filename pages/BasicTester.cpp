@@ -62,7 +62,7 @@ int CountSdCards()
 /// older calibration tools have fewer, and no rotation.
 int RotationOf(const QByteArray& calibration)
 {
-    const QStringList fields = QString(calibration.constData()).split(' ');
+    const QStringList fields = QString(calibration.constData()).split(' ', QString::KeepEmptyParts);
     if (fields.size() != 10) {
         return 0;
     }

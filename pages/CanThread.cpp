@@ -1,5 +1,7 @@
 #include "pages/CanThread.h"
 
+#include <climits>
+
 #include <linux/can.h>
 #include <unistd.h>
 
@@ -19,7 +21,7 @@ CanThread::CanThread(int socket, QObject* parent) : QThread(parent), m_socket(so
 void CanThread::stop()
 {
     m_isRunning = false;
-    wait();
+    wait(ULONG_MAX);
 }
 
 void CanThread::run()

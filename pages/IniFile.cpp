@@ -152,7 +152,7 @@ Places ReplaceLines(const QByteArray& content, const IniEntry& entry, QByteArray
         const int next = NextLine(content, end);
         QByteArray line = content.mid(pos, end - pos);
         const int start = SkipBlanks(line, 0);
-        const char first = start < line.size() ? line[start] : '\0';
+        const char first = start < line.size() ? line.at(start) : '\0';
         const bool isHeader = first == '[';
         const bool isComment = first == ';' || first == '#';
         const int equals = isHeader || isComment ? -1 : line.indexOf('=');
@@ -258,7 +258,7 @@ QByteArray IniWithEntry(const QByteArray& content, const IniEntry& entry)
             }
             places.sectionEnd = result.size();
         }
-        if (places.sectionEnd > FirstLine(result) && !IsLineEnd(result[places.sectionEnd - 1])) {
+        if (places.sectionEnd > FirstLine(result) && !IsLineEnd(result.at(places.sectionEnd - 1))) {
             added.prepend(lineEnd);
         }
         result.insert(places.sectionEnd, added);

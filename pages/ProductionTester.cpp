@@ -218,9 +218,9 @@ void ToolProductionTest::OpenComPort()
     const QString result = QString("%1 [%2]");
     if (OpenUart(m_port, device)) {
         connect(m_port, &QSerialPort::readyRead, this, &ToolProductionTest::OnSerialportRead);
-        AddTestResult(result.arg(MoskTranslator::Translate("Label_1000501"), device), true);
+        AddTestResult(result.arg(MoskTranslator::Translate("Label_1000501")).arg(device), true);
     } else {
-        AddTestResult(result.arg(MoskTranslator::Translate("Label_1000500"), device), false);
+        AddTestResult(result.arg(MoskTranslator::Translate("Label_1000500")).arg(device), false);
         delete m_port;
         m_port = nullptr;
     }

@@ -103,7 +103,8 @@ void SerialPortTester::Open()
     if (!OpenUart(m_port, device)) {
         QMessageBox::information(
             this, MoskTranslator::Translate("Label_1010000"),
-            tr("[%1] %2").arg(device, MoskTranslator::Translate("Label_1000306")), QMessageBox::Ok);
+            tr("[%1] %2").arg(device).arg(MoskTranslator::Translate("Label_1000306")),
+            QMessageBox::Ok);
         delete m_port;
         m_port = nullptr;
         return;

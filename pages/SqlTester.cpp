@@ -160,7 +160,8 @@ bool SqlTester::InsertRows()
     for (int id = 1; id <= 4; ++id) {
         if (!Execute(QString("INSERT INTO t_student VALUES(%1, '%2', %3);")
                          .arg(id)
-                         .arg(MoskTranslator::Translate(names[id - 1]), scores[id - 1]))) {
+                         .arg(MoskTranslator::Translate(names[id - 1]))
+                         .arg(scores[id - 1]))) {
             return false;
         }
     }

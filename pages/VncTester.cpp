@@ -3,6 +3,7 @@
 #include "frame/MoskTranslator.h"
 #include "instruments/MessageBoxes.h"
 #include "instruments/Shell.h"
+#include "instruments/Title.h"
 #include "pages/IniFile.h"
 
 #include <QCheckBox>
@@ -19,6 +20,7 @@ namespace
 
 const char* const vncServerPath = "/etc/vnclinuxfb.conf";
 const char* const frpClientPath = "/etc/frpc.ini";
+const QSize titleSize(180, 30);
 
 /// A value as an integer; 0 when it is none. The way over the text keeps a number beyond all
 /// integers from being cut down to one.
@@ -64,22 +66,15 @@ ToolVncTest::ToolVncTest(QWidget* parent) : QWidget(parent)
 QCheckBox* ToolVncTest::AddBox(QGridLayout* layout, int row, const QString& textKey)
 {
     auto* box = new QCheckBox(MoskTranslator::Translate(textKey), this);
-    box->setFixedSize(180, 30);
-    // The box keeps its size in every language and font: a text too long for it is set smaller.
-    box->ensurePolished();
-    for (int size = box->fontInfo().pixelSize(); box->sizeHint().width() > 180 && size > 8;
-         --size) {
-        box->setStyleSheet(QString("font-size: %1px;").arg(size));
-    }
+    box->setFixedSize(titleSize);
+    NarrowText(box);
     layout->addWidget(box, row, 0);
     return box;
 }
 
 QLineEdit* ToolVncTest::AddField(QGridLayout* layout, int row, const QString& titleKey)
 {
-    auto* title = new QLabel(MoskTranslator::Translate(titleKey), this);
-    title->setFixedSize(180, 30);
-    layout->addWidget(title, row, 0);
+    layout->addWidget(NewTitle(titleKey, titleSize, this), row, 0);
 
     auto* field = new QLineEdit(this);
     field->setFixedSize(240, 30);

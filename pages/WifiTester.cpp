@@ -4,6 +4,7 @@
 #include "instruments/Ping.h"
 #include "instruments/ResultField.h"
 #include "instruments/Shell.h"
+#include "instruments/Title.h"
 
 #include <QComboBox>
 #include <QFile>
@@ -20,6 +21,9 @@
 
 namespace
 {
+
+/// The same in both languages; as it is no key it is shown as it stands.
+const char* const pingTitle = "Ping:";
 
 /// The byte that an escape of the supplicant's client stands for, and the escape's length; a length
 /// of 0 when the client prints no such escape.
@@ -104,17 +108,16 @@ ToolWifiTest::ToolWifiTest(QWidget* parent) : QWidget(parent)
     m_linePingHost = new QLineEdit(publicPingTarget, this);
     m_lineResult = new QLineEdit(this);
 
-    m_btnOpenWifi = AddRow(layout, 0, MoskTranslator::Translate("Label_1000700"), m_lineStatus,
-                           "Label_1000712", "m_btnOpenWifi");
-    QPushButton* scan = AddRow(layout, 1, MoskTranslator::Translate("Label_1000701"), m_comboSsid,
-                               "Label_1000702", "btnScan");
+    m_btnOpenWifi =
+        AddRow(layout, 0, "Label_1000700", m_lineStatus, "Label_1000712", "m_btnOpenWifi");
+    QPushButton* scan = AddRow(layout, 1, "Label_1000701", m_comboSsid, "Label_1000702", "btnScan");
     m_comboSsid->setFixedHeight(30);
     m_comboSsid->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    QPushButton* connectNetwork = AddRow(layout, 2, MoskTranslator::Translate("Label_1000703"),
-                                         m_linePassword, "Label_1000704", "btnConnect");
-    QPushButton* ping = AddRow(layout, 3, "Ping:", m_linePingHost, "Label_1000705", "btnPing");
-    QPushButton* save = AddRow(layout, 4, MoskTranslator::Translate("Label_1000707"), m_lineResult,
-                               "Label_1000706", "btnSave");
+    QPushButton* connectNetwork =
+        AddRow(layout, 2, "Label_1000703", m_linePassword, "Label_1000704", "btnConnect");
+    QPushButton* ping = AddRow(layout, 3, pingTitle, m_linePingHost, "Label_1000705", "btnPing");
+    QPushButton* save =
+        AddRow(layout, 4, "Label_1000707", m_lineResult, "Label_1000706", "btnSave");
     QPushButton* refresh = AddButton(layout, 5, "Label_1000714", "btnRef");
 
     auto* filler = new QWidget(this);
@@ -135,13 +138,11 @@ ToolWifiTest::ToolWifiTest(QWidget* parent) : QWidget(parent)
     OnLabelStatusRefreshed();
 }
 
-QPushButton* ToolWifiTest::AddRow(QGridLayout* layout, int row, const QString& title,
+QPushButton* ToolWifiTest::AddRow(QGridLayout* layout, int row, const QString& titleKey,
                                   QWidget* field, const QString& buttonKey,
                                   const QString& buttonName)
 {
-    auto* label = new QLabel(title, this);
-    label->setFixedSize(100, 30);
-    layout->addWidget(label, row, 0);
+    layout->addWidget(NewTitle(titleKey, {100, 30}, this), row, 0);
 
     field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     layout->addWidget(field, row, 1);
@@ -229,7 +230,7 @@ void ToolWifiTest::OnBtnConnectClicked(bool /*checked*/)
     if (!m_isWifiEnabled) {
         return;
     }
-    const QString ssid = m_comboSsid->currentText().split(' ').first();
+    const QString ssid = m_comboSsid->currentText().split(' ', QString::KeepEmptyParts).first();
     const QString passphrase = m_linePassword->text();
     if (ssid.isEmpty() || passphrase.isEmpty()) {
         return;

@@ -25,7 +25,7 @@ private slots:
     void OnBtnRefreshClicked(bool checked);
 
 private:
-    QPushButton* AddRow(QGridLayout* layout, int row, const QString& title, QWidget* field,
+    QPushButton* AddRow(QGridLayout* layout, int row, const QString& titleKey, QWidget* field,
                         const QString& buttonKey, const QString& buttonName);
     QPushButton* AddButton(QGridLayout* layout, int row, const QString& textKey,
                            const QString& name);

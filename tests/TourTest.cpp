@@ -63,7 +63,8 @@ void TourTest::goodBoardPasses()
     QVERIFY(m_lines.contains("wifi | ping | 成功！, ok | ok"));
     QVERIFY(m_lines.contains("remote-access | set 6001 | Set success! | ok"));
     const QStringList pictures = QDir("/tmp/tour").entryList({"*.png"});
-    for (const char* page : {"home", "basic", "touch", "voice", "database", "camera"}) {
+    for (const char* page : {"home", "basic", "touch", "serial", "wifi", "voice", "can", "database",
+                             "production", "remote-access", "camera"}) {
         QVERIFY(pictures.contains(QString("%1-english.png").arg(page)));
         QVERIFY(pictures.contains(QString("%1-chinese.png").arg(page)));
     }

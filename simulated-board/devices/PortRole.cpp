@@ -1,7 +1,7 @@
 #include "simulated-board/devices/PortRole.h"
 
-#include "simulated-board/devices/FlashingLog.h"
 #include "simulated-board/devices/Controller.h"
+#include "simulated-board/devices/FlashingLog.h"
 
 #include <cerrno>
 #include <chrono>

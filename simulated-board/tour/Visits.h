@@ -7,11 +7,11 @@ class Tour;
 
 void VisitHome(Tour& tour);
 void VisitBasic(Tour& tour);
-void VisitWifi(Tour& tour);
-void VisitRemoteAccess(Tour& tour);
 void VisitSerial(Tour& tour);
-void VisitCan(Tour& tour);
-void VisitProduction(Tour& tour);
+void VisitWifi(Tour& tour);
 void VisitVoice(Tour& tour);
+void VisitCan(Tour& tour);
 void VisitDatabase(Tour& tour);
+void VisitProduction(Tour& tour);
+void VisitRemoteAccess(Tour& tour);
 void VisitCamera(Tour& tour);

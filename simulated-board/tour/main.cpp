@@ -12,13 +12,13 @@ const int noTab = -1;
 const QList<Tour::Page> pages{
     {"home", 1, 0, VisitHome},
     {"basic", 2, 1, VisitBasic},
-    {"wifi", 6, 3, VisitWifi},
-    {"remote-access", 9, noTab, VisitRemoteAccess},
     {"serial", 3, 2, VisitSerial},
-    {"can", 8, 5, VisitCan},
-    {"production", 5, noTab, VisitProduction},
+    {"wifi", 6, 3, VisitWifi},
     {"voice", 7, 4, VisitVoice},
+    {"can", 8, 5, VisitCan},
     {"database", 4, noTab, VisitDatabase},
+    {"production", 5, noTab, VisitProduction},
+    {"remote-access", 9, noTab, VisitRemoteAccess},
     {"camera", 10, noTab, VisitCamera},
 };
 

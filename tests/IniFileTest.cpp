@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -63,6 +64,7 @@ private slots:
     void whatIsNoFileIsLeftAlone();
     void fullDiskKeepsTheOldFile();
     void readOnlyDiskKeepsTheOldFile();
+    void writingKilledHalfwayLeavesTheOldFile();
     void killedWritingLeavesTheOldOrTheNewFile();
 };
 
@@ -463,6 +465,28 @@ void IniFileTest::readOnlyDiskKeepsTheOldFile()
 
     QCOMPARE(Board::ReadFile("/mnt/fixed/file"), QByteArray("[vnc]\nremote_port=1\n"));
     QCOMPARE(umount("/mnt/fixed"), 0);
+}
+
+void IniFileTest::writingKilledHalfwayLeavesTheOldFile()
+{
+    const QByteArray content = "[vnc]\nremote_port=1\n# " + QByteArray(5000, 'x');
+    Board::WriteFile("/etc/ini/file", content);
+
+    const pid_t writer = fork();
+    if (writer == 0) {
+        // The system ends whoever writes more than that into a file.
+        const rlimit limit = {1000, 1000};
+        const rlimit noCore = {0, 0};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        setrlimit(RLIMIT_CORE, &noCore);
+        WriteIniFile("/etc/ini/file", {remotePort});
+        _exit(0);
+    }
+    int status = 0;
+    QCOMPARE(waitpid(writer, &status, 0), writer);
+
+    QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ);
+    QCOMPARE(Board::ReadFile("/etc/ini/file"), content);
 }
 
 void IniFileTest::killedWritingLeavesTheOldOrTheNewFile()

@@ -21,14 +21,6 @@ namespace
 /// What stays free between a field and the keyboard.
 const int gap = 6;
 
-/// The field that typed text goes to; null where nothing takes any: a view that is only read can
-/// have the focus too.
-QWidget* FieldInFocus()
-{
-    QWidget* widget = QApplication::focusWidget();
-    return widget != nullptr && widget->testAttribute(Qt::WA_InputMethodEnabled) ? widget : nullptr;
-}
-
 /// Whether `object` is where the text of `field` is tapped, not a scroll bar beside it.
 bool IsTextOf(const QWidget* field, const QObject* object)
 {
@@ -68,6 +60,16 @@ KeyboardPanel::KeyboardPanel(QMainWindow* window) : QObject(window), m_window(wi
     connect(method, &QInputMethod::cursorRectangleChanged, m_settle, settle);
     connect(qApp, &QGuiApplication::focusObjectChanged, m_settle, settle);
     qApp->installEventFilter(this);
+}
+
+/// The field of the window that typed text goes to; null where nothing takes any: a view that is
+/// only read can have the focus too.
+QWidget* KeyboardPanel::FieldInFocus() const
+{
+    QWidget* widget = QApplication::focusWidget();
+    const bool takesText = widget != nullptr && widget->window() == m_window &&
+                           widget->testAttribute(Qt::WA_InputMethodEnabled);
+    return takesText ? widget : nullptr;
 }
 
 bool KeyboardPanel::eventFilter(QObject* watched, QEvent* event)
@@ -181,9 +183,7 @@ void KeyboardPanel::Load()
 
 bool KeyboardPanel::IsWanted() const
 {
-    const QWidget* field = FieldInFocus();
-    return field != nullptr && field->window() == m_window &&
-           QApplication::activeModalWidget() == nullptr &&
+    return FieldInFocus() != nullptr && QApplication::activeModalWidget() == nullptr &&
            m_keys->rootObject()->property("active").toBool();
 }
 

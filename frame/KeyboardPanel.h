@@ -5,6 +5,7 @@
 class QMainWindow;
 class QQuickWidget;
 class QTimer;
+class QWidget;
 
 /// The on-screen keyboard, in the lower part of the main window: a window of its own would turn the
 /// page black, as the board's screen has no compositor. It is loaded when a field is first tapped.
@@ -25,6 +26,7 @@ private slots:
 private:
     void Open();
     void Load();
+    QWidget* FieldInFocus() const;
     bool IsWanted() const;
     void ShowBelow(const QWidget* field);
     void MoveContent(int distance);

@@ -11,7 +11,7 @@ void VisitSerial(Tour& tour)
         tour.Program().Click("btnOpenCom");
         tour.CheckText(com + "open", "btnOpenCom", tour.Label("Label_1000305"));
         const QString shown = port == 0 ? "Hello MOSK!\n" : "Hello MOSK!\necho: Hello MOSK!\n";
-        tour.Press(com + "send", "btnSendCom", view, shown);
+        tour.Press(com + "send", "btnSendCom", view, shown, 5000);
         tour.Program().Click("btnOpenCom");
         tour.CheckText(com + "close", "btnOpenCom", tour.Label("Label_1000301"));
     }

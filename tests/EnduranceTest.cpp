@@ -114,8 +114,9 @@ void EnduranceTest::pageChangesLeaveNothingBehind()
 
     QCOMPARE(late.descriptors, early.descriptors);
     QCOMPARE(late.threads, early.threads);
-    // Under 200 bytes a page: what a page holds is thousands.
-    QVERIFY2(late.memory - early.memory < 256 * 1024,
+    // What a page holds is tens of thousands of bytes. Qt's style sheet keeps some hundred for each
+    // address at which the list of a combo box ever was; the sanitizer hardly uses one twice.
+    QVERIFY2(late.memory - early.memory < 512 * 1600,
              qPrintable(QString::number(late.memory - early.memory)));
 }
 

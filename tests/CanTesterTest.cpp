@@ -23,7 +23,8 @@
 namespace
 {
 
-/// Entries of a folder of this process in /proc: its descriptors or its threads.
+/// Entries of a folder of this process in /proc: its descriptors or its threads. A thread that has
+/// just ended still counts for a moment, so a count of threads may go down, never up.
 int Count(const char* what)
 {
     return QDir(QString("/proc/self/") + what).entryList(QDir::AllEntries | QDir::System).size();
@@ -236,7 +237,7 @@ void CanTesterTest::openTwiceStaysAsItIs()
     const int threads = Count("task");
     m_page->StartCan(0);
     QCOMPARE(Count("fd"), descriptors);
-    QTRY_COMPARE(Count("task"), threads);
+    QTRY_VERIFY(Count("task") <= threads);
 }
 
 void CanTesterTest::receivedFrameShows_data()
@@ -484,7 +485,7 @@ void CanTesterTest::kernelWithoutCanIsSilent()
     QCOMPARE(Received(), QString());
     QTRY_VERIFY(Count("task") <= threads + 1);
     m_page.reset();
-    QTRY_COMPARE(Count("task"), threads);
+    QTRY_VERIFY(Count("task") <= threads);
 }
 
 void CanTesterTest::missingInterfaceIsSilent()
@@ -521,7 +522,7 @@ void CanTesterTest::leavingThePageReleasesAll()
     m_bus->Send("001#");
     m_page.reset();
     QCOMPARE(Count("fd"), descriptors);
-    QTRY_COMPARE(Count("task"), threads);
+    QTRY_VERIFY(Count("task") <= threads);
 }
 
 void CanTesterTest::opensAndClosesForEver()
@@ -536,7 +537,7 @@ void CanTesterTest::opensAndClosesForEver()
         page.StopCan();
     }
     QCOMPARE(Count("fd"), descriptors);
-    QTRY_COMPARE(Count("task"), threads);
+    QTRY_VERIFY(Count("task") <= threads);
 }
 
 QTEST_MAIN(CanTesterTest)

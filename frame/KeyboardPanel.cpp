@@ -1,7 +1,5 @@
 #include "frame/KeyboardPanel.h"
 
-#include "frame/MoskUtility.h"
-
 #include <QAbstractScrollArea>
 #include <QApplication>
 #include <QDebug>
@@ -14,6 +12,7 @@
 #include <QQuickWidget>
 #include <QQuickWindow>
 #include <QTimer>
+#include <QWindow>
 
 namespace
 {
@@ -62,14 +61,12 @@ KeyboardPanel::KeyboardPanel(QMainWindow* window) : QObject(window), m_window(wi
     qApp->installEventFilter(this);
 }
 
-/// The field of the window that typed text goes to; null where nothing takes any: a view that is
-/// only read can have the focus too.
+/// The field that text goes to while the window is active; null where nothing takes any: a view
+/// that is only read can have the focus too.
 QWidget* KeyboardPanel::FieldInFocus() const
 {
-    QWidget* widget = QApplication::focusWidget();
-    const bool takesText = widget != nullptr && widget->window() == m_window &&
-                           widget->testAttribute(Qt::WA_InputMethodEnabled);
-    return takesText ? widget : nullptr;
+    QWidget* widget = m_window->focusWidget();
+    return widget != nullptr && widget->testAttribute(Qt::WA_InputMethodEnabled) ? widget : nullptr;
 }
 
 bool KeyboardPanel::eventFilter(QObject* watched, QEvent* event)
@@ -84,6 +81,10 @@ bool KeyboardPanel::eventFilter(QObject* watched, QEvent* event)
     case QEvent::MouseButtonDblClick:
         if (watched->isWidgetType()) {
             m_fingerOnPage = watched != m_keys;
+        }
+        // On a bare X server, with no window manager, nobody else does.
+        if (watched == m_window->windowHandle() && !m_window->isActiveWindow()) {
+            m_window->activateWindow();
         }
         break;
     case QEvent::MouseButtonRelease:
@@ -122,7 +123,7 @@ void KeyboardPanel::OnSettled()
     if (m_fingerOnPage || QApplication::activePopupWidget() != nullptr) {
         return;
     }
-    if (m_tapped) {
+    if (m_tapped && m_window->isActiveWindow()) {
         m_tapped = false;
         Open();
     }
@@ -189,22 +190,19 @@ bool KeyboardPanel::IsWanted() const
 
 void KeyboardPanel::ShowBelow(const QWidget* field)
 {
-    // The keys are as high as their width asks for. A page can make the window higher than the
-    // screen, where its lower edge is not to be seen.
-    const QSize seen = m_window->size().boundedTo(MoskUtility::GetMainWindowSize());
+    // The keys are as high as their width asks for.
     QQuickItem* root = m_keys->rootObject();
-    root->setWidth(seen.width());
+    root->setWidth(m_window->width());
     const int height = qRound(root->property("keysHeight").toReal());
-    const int room = seen.height() - height;
-    m_keys->setGeometry(0, room, seen.width(), height);
+    const int room = m_window->height() - height;
+    m_keys->setGeometry(0, room, m_window->width(), height);
     m_keys->raise();
     m_keys->show();
 
     const QWidget* content = m_window->centralWidget();
     const QRect whole(field->mapTo(content, QPoint(0, 0)), field->size());
     const QRect line = field->inputMethodQuery(Qt::ImCursorRectangle).toRect();
-    MoveContent(qMin(DistanceUp(whole, line.translated(whole.topLeft()) & whole, room),
-                     m_window->height() - room));
+    MoveContent(qMin(DistanceUp(whole, line.translated(whole.topLeft()) & whole, room), height));
 }
 
 void KeyboardPanel::MoveContent(int distance)

@@ -2,7 +2,7 @@ import QtQuick 2.0
 import QtQuick.VirtualKeyboard 2.1
 import QtQuick.VirtualKeyboard.Settings 2.1
 
-// The keys at the lower edge; the strip above them is for what pops up from the top row.
+// The keys, as wide as the window and as high as that asks for.
 Item {
     readonly property bool active: keys.active
     readonly property real keysHeight: keys.height

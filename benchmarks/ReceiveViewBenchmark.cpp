@@ -184,7 +184,7 @@ Run PacedStream(QTextEdit& view, const Feed& feed, const QString& line, int seco
     all.start();
     int turns = 0;
     int lastRevision = view.document()->revision();
-    for (; all.elapsed() < seconds * 1000 || turns < 100 * seconds; ++turns) {
+    for (; all.elapsed() < qint64(seconds) * 1000 || turns < 100 * seconds; ++turns) {
         feed(chunk);
         if (!sinceUnshown.isValid()) {
             sinceUnshown.start();
@@ -200,8 +200,8 @@ Run PacedStream(QTextEdit& view, const Feed& feed, const QString& line, int seco
                 sinceUnshown.invalidate();
             }
             QThread::usleep(200);
-        } while (all.elapsed() < 10 * turns);
-        if (all.elapsed() > 5000 * seconds) {
+        } while (all.elapsed() < qint64(10) * turns);
+        if (all.elapsed() > qint64(5000) * seconds) {
             break;
         }
     }

@@ -199,7 +199,7 @@ public:
         m_dump.waitForStarted();
         // It listens once its own frame comes back.
         do {
-            Send("7FF#");
+            VirtualCan::Send("7FF#");
         } while (!m_dump.waitForReadyRead(100));
         while (m_dump.waitForReadyRead(200)) {
         }

@@ -11,7 +11,8 @@
 #include <malloc.h>
 
 // Present where the address sanitizer is, whose allocator knows nothing of mallinfo2().
-extern "C" __attribute__((weak)) size_t __sanitizer_get_current_allocated_bytes();
+extern "C" __attribute__((weak)) size_t
+__sanitizer_get_current_allocated_bytes(); // NOLINT(bugprone-reserved-identifier)
 
 namespace
 {
@@ -94,7 +95,7 @@ void EnduranceTest::languageSwitchesLeaveNothingBehind()
 
     QCOMPARE(late.descriptors, early.descriptors);
     QCOMPARE(late.threads, early.threads);
-    QVERIFY2(late.memory - early.memory < 128 * 1024,
+    QVERIFY2(late.memory - early.memory < qint64(128) * 1024,
              qPrintable(QString::number(late.memory - early.memory)));
 }
 
@@ -116,7 +117,7 @@ void EnduranceTest::pageChangesLeaveNothingBehind()
     QCOMPARE(late.threads, early.threads);
     // What a page holds is tens of thousands of bytes. Qt's style sheet keeps some hundred for each
     // address at which the list of a combo box ever was; the sanitizer hardly uses one twice.
-    QVERIFY2(late.memory - early.memory < 512 * 1600,
+    QVERIFY2(late.memory - early.memory < qint64(512) * 1600,
              qPrintable(QString::number(late.memory - early.memory)));
 }
 

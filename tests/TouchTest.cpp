@@ -8,6 +8,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QScreen>
 
 #include <functional>
@@ -317,7 +318,7 @@ void TouchTest::calibrationPaintsTheWindowAnew()
         }
     } paints;
     MoskTester window;
-    g_mainwnd = &window;
+    const QScopedValueRollback<MoskTester*> mainWindow(g_mainwnd, &window);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QCoreApplication::processEvents();
@@ -327,7 +328,6 @@ void TouchTest::calibrationPaintsTheWindowAnew()
     Press(m_page.get(), "btnTouchCalc");
 
     QTRY_VERIFY(paints.count > 0);
-    g_mainwnd = nullptr;
 }
 
 void TouchTest::testCoversTheScreen_data()

@@ -318,16 +318,19 @@ void TouchTest::calibrationPaintsTheWindowAnew()
         }
     } paints;
     MoskTester window;
-    const QScopedValueRollback<MoskTester*> mainWindow(g_mainwnd, &window);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QCoreApplication::processEvents();
     window.installEventFilter(&paints);
+    g_mainwnd = &window;
 
     m_page->findChild<QPushButton*>("btnTouchCalc")->setEnabled(true);
     Press(m_page.get(), "btnTouchCalc");
 
-    QTRY_VERIFY(paints.count > 0);
+    const bool isPainted = QTest::qWaitFor([&paints] { return paints.count > 0; });
+    g_mainwnd = nullptr;
+
+    QVERIFY(isPainted);
 }
 
 void TouchTest::testCoversTheScreen_data()

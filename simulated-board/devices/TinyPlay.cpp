@@ -18,7 +18,7 @@ struct Sound {
     std::uint16_t bits = 0;
     std::uint32_t bytes = 0;
 
-    double Seconds() const { return double(bytes) / rate / channels / (bits / 8.0); }
+    double Seconds() const { return 8.0 * bytes / rate / channels / bits; }
 };
 
 [[noreturn]] void Fail(const char* path, const char* why)

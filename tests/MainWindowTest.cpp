@@ -38,8 +38,8 @@ private slots:
     void tabOpensItsPage();
     void selectedTabKeepsItsPage();
     void pageOpenedAgainByItsIdIsKept();
-    void pagesWithoutTabOpenById_data();
-    void pagesWithoutTabOpenById();
+    void everyPageOpensByItsId_data();
+    void everyPageOpensByItsId();
     void otherIdEmptiesTheBody_data();
     void otherIdEmptiesTheBody();
     void pageFillsTheBody();
@@ -222,19 +222,21 @@ void MainWindowTest::pageOpenedAgainByItsIdIsKept()
     QVERIFY(page != nullptr);
 }
 
-void MainWindowTest::pagesWithoutTabOpenById_data()
+void MainWindowTest::everyPageOpensByItsId_data()
 {
     QTest::addColumn<int>("id");
     QTest::addColumn<QString>("page");
 
-    QTest::newRow("home") << 1 << "StartPage";
-    QTest::newRow("basic") << 2 << "BasicTester";
-    QTest::newRow("database") << 4 << "SqlTester";
-    QTest::newRow("audio") << 7 << "VoiceTester";
-    QTest::newRow("camera") << 10 << "CameraTester";
+    const char* const pages[] = {
+        "StartPage",    "BasicTester", "SerialPortTester", "SqlTester",   "ToolProductionTest",
+        "ToolWifiTest", "VoiceTester", "CanTester",        "ToolVncTest", "CameraTester"};
+    int id = 0;
+    for (const char* page : pages) {
+        QTest::newRow(page) << ++id << page;
+    }
 }
 
-void MainWindowTest::pagesWithoutTabOpenById()
+void MainWindowTest::everyPageOpensByItsId()
 {
     QFETCH(int, id);
     QFETCH(QString, page);

@@ -8,7 +8,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QPushButton>
-#include <QScopedValueRollback>
 #include <QScreen>
 
 #include <functional>

@@ -53,6 +53,8 @@ private slots:
     void keysTypeWhatIsOnThem();
     void fieldOfEveryRowStaysInSight_data();
     void fieldOfEveryRowStaysInSight();
+    void fieldsOfEveryPageStayInSight_data();
+    void fieldsOfEveryPageStayInSight();
     void lineTypedIntoStaysInSight_data();
     void lineTypedIntoStaysInSight();
     void fieldStaysInSightWhenTheWindowChangesItsSize();
@@ -323,6 +325,62 @@ void KeyboardPanelTest::fieldOfEveryRowStaysInSight()
     QCOMPARE(m_window->size(), atRest);
     // Nothing but the content's background shows below it.
     QVERIFY(InWindow(m_window->centralWidget()).bottom() >= Keyboard()->geometry().top() - 1);
+}
+
+void KeyboardPanelTest::fieldsOfEveryPageStayInSight_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("page");
+    QTest::addColumn<int>("fields");
+
+    for (const QSize& size : {QSize(1024, 600), QSize(800, 480)}) {
+        for (const auto& [page, fields] : {std::pair<int, int>(BodyWidget::SerialPage, 2),
+                                           {BodyWidget::DatabasePage, 3},
+                                           {BodyWidget::WifiPage, 4},
+                                           {BodyWidget::CanPage, 2},
+                                           {BodyWidget::RemoteAccessPage, 4}}) {
+            QTest::addRow("%dx%d page %d", size.width(), size.height(), page)
+                << size << page << fields;
+        }
+    }
+}
+
+void KeyboardPanelTest::fieldsOfEveryPageStayInSight()
+{
+    QFETCH(QSize, size);
+    QFETCH(int, page);
+    QFETCH(int, fields);
+    TakeScreenOf(size);
+    m_window->GetBody()->OpenPage(page);
+    QCoreApplication::processEvents();
+
+    int tapped = 0;
+    for (auto* line : m_window->GetBody()->findChildren<QLineEdit*>()) {
+        if (!line->isVisible() || !line->isEnabled()) {
+            continue;
+        }
+        Tap(line);
+        QTRY_VERIFY(IsKeyboardShown());
+        QTRY_VERIFY(!Keyboard()->geometry().intersects(InWindow(line)));
+        QVERIFY(m_window->rect().contains(InWindow(line)));
+        ++tapped;
+        TapHideKey();
+        QTRY_VERIFY(IsContentAtRest());
+    }
+    // Of a view higher than the room it is the line typed into.
+    for (auto* text : m_window->GetBody()->findChildren<QTextEdit*>()) {
+        Tap(text->viewport());
+        QTRY_VERIFY(IsKeyboardShown());
+        const auto line = [this, text] {
+            return text->cursorRect().translated(text->viewport()->mapTo(m_window, QPoint(0, 0)));
+        };
+        QTRY_VERIFY(!Keyboard()->geometry().intersects(line()));
+        QVERIFY(m_window->rect().contains(line()));
+        ++tapped;
+        TapHideKey();
+        QTRY_VERIFY(IsContentAtRest());
+    }
+    QCOMPARE(tapped, fields);
 }
 
 void KeyboardPanelTest::lineTypedIntoStaysInSight_data()

@@ -96,6 +96,8 @@ private slots:
     void missingPortShowsInRed();
     void summaryShowsFirstAndItsButtonIsLit();
     void resetBeginsAnew();
+    void resetForgetsBothHalves_data();
+    void resetForgetsBothHalves();
     void resetOpensAPortThatCameUpSince();
 
     void goodBoardPasses();
@@ -303,6 +305,23 @@ void ProductionTesterTest::resetBeginsAnew()
     // What the first board had does not count for the second.
     terminal.Write("sprite success\n");
     QTRY_VERIFY(Summary().endsWith("some results were not detected!\n"));
+}
+
+void ProductionTesterTest::resetForgetsBothHalves_data()
+{
+    QTest::addColumn<QByteArray>("half");
+    QTest::newRow("rootfs again") << QByteArray("successed in download part rootfs\n");
+    QTest::newRow("U-Boot again") << QByteArray("successed in downloading uboot\n");
+}
+
+void ProductionTesterTest::resetForgetsBothHalves()
+{
+    QFETCH(QByteArray, half);
+    WaitForThePort(notOpened);
+    Play(LogOf({}), 1, 500);
+    Press(m_page.get(), "btnReset");
+    m_page->ProcessData(half + "sprite success\n");
+    QVERIFY(Summary().endsWith("some results were not detected!\n"));
 }
 
 void ProductionTesterTest::resetOpensAPortThatCameUpSince()

@@ -22,8 +22,8 @@ const int droppedAbove = 250000;
 const int longestLine = 1000000;
 const int mostCharacters = 8000000;
 
-/// Lines ready to be shown, of which each costs its own layout only, are not gathered beyond this.
-const int mostGatheredLines = 65536;
+/// Lines cost their own layout only, so gathering more of them at once than these saves nothing.
+const int mostGatheredLines = 32768;
 
 /// Between two showings the GUI thread has four times as long for all else. The newest text does
 /// not wait longer than this for it, but where layout is slow twice as long must be left.
@@ -120,12 +120,11 @@ void ReceiveView::ShowOrWait()
 /// Whether showing what is gathered costs little, or little beside the amount of it.
 bool ReceiveView::IsShort() const
 {
-    const int paragraph = document()->lastBlock().length() + m_gatheredSize;
-    if (paragraph < shortParagraph && document()->characterCount() < shortText) {
+    const int paragraph = document()->lastBlock().length();
+    if (paragraph + m_gatheredSize < shortParagraph && document()->characterCount() < shortText) {
         return true;
     }
-    return m_keptLines > 0 && m_gatheredSize > mostGatheredLines &&
-           m_gatheredSize > document()->lastBlock().length();
+    return paragraph < shortParagraph && m_gatheredSize > mostGatheredLines;
 }
 
 /// How many milliseconds the rest of the program has between two showings.
@@ -209,7 +208,8 @@ int ReceiveView::Surplus() const
         return 0;
     }
     int surplus = size - keptCharacters;
-    const bool isLog = document()->lastBlock().length() <= longestLine && size <= mostCharacters;
+    const int line = document()->lastBlock().length() + m_gatheredSize;
+    const bool isLog = line <= longestLine && size <= mostCharacters;
     if (m_keptLines > 0 && isLog) {
         const int lines = document()->blockCount();
         if (lines < m_keptLines + m_keptLines / 10) {

@@ -72,9 +72,7 @@ private:
 
 void BasicTesterTest::initTestCase()
 {
-    QFile style(":/qss/style.qss");
-    QVERIFY(style.open(QIODevice::ReadOnly));
-    qApp->setStyleSheet(style.readAll());
+    ApplyStyleSheet();
 }
 
 void BasicTesterTest::init()

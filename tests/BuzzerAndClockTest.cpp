@@ -136,9 +136,7 @@ private:
 
 void BuzzerAndClockTest::initTestCase()
 {
-    QFile style(":/qss/style.qss");
-    QVERIFY(style.open(QIODevice::ReadOnly));
-    qApp->setStyleSheet(style.readAll());
+    ApplyStyleSheet();
 }
 
 void BuzzerAndClockTest::init()

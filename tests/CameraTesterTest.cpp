@@ -90,9 +90,7 @@ private:
 
 void CameraTesterTest::initTestCase()
 {
-    QFile style(":/qss/style.qss");
-    QVERIFY(style.open(QIODevice::ReadOnly));
-    qApp->setStyleSheet(style.readAll());
+    ApplyStyleSheet();
     qInfo("Cameras: those of the simulated board%s",
           KernelCamera() >= 0 ? ", and the kernel's" : "; the kernel here has none");
 }

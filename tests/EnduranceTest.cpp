@@ -59,9 +59,7 @@ private:
 
 void EnduranceTest::init()
 {
-    QFile style(":/qss/style.qss");
-    QVERIFY(style.open(QIODevice::ReadOnly));
-    qApp->setStyleSheet(style.readAll());
+    ApplyStyleSheet();
     MoskSettings::GetInstance()->SetValue("Language", "english");
     MoskTranslator::Reload();
     m_window = std::make_unique<MoskTester>();

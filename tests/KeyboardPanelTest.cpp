@@ -101,9 +101,7 @@ private:
 
 void KeyboardPanelTest::initTestCase()
 {
-    QFile style(":/qss/style.qss");
-    QVERIFY(style.open(QIODevice::ReadOnly));
-    qApp->setStyleSheet(style.readAll());
+    ApplyStyleSheet();
     Board::Become("language english\n");
     // The pictures that are compared do not blink.
     QApplication::setCursorFlashTime(0);

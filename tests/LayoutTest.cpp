@@ -24,9 +24,7 @@ private slots:
 
 void LayoutTest::initTestCase()
 {
-    QFile style(":/qss/style.qss");
-    QVERIFY(style.open(QIODevice::ReadOnly));
-    qApp->setStyleSheet(style.readAll());
+    ApplyStyleSheet();
 }
 
 void LayoutTest::everyPageShowsItsTextsWhole_data()

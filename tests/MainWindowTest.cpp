@@ -58,9 +58,7 @@ private:
 
 void MainWindowTest::initTestCase()
 {
-    QFile style(":/qss/style.qss");
-    QVERIFY(style.open(QIODevice::ReadOnly));
-    qApp->setStyleSheet(style.readAll());
+    ApplyStyleSheet();
 }
 
 void MainWindowTest::init()

@@ -4,6 +4,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QFile>
 #include <QGridLayout>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -15,6 +16,14 @@
 inline QString Text(const char* key)
 {
     return MoskTranslator::Translate(key);
+}
+
+/// Gives the application the program's look.
+inline void ApplyStyleSheet()
+{
+    QFile style(":/qss/style.qss");
+    QVERIFY(style.open(QIODevice::ReadOnly));
+    qApp->setStyleSheet(style.readAll());
 }
 
 /// Presses the button of that name as a finger does.

@@ -156,9 +156,7 @@ private:
 
 void ProductionTesterTest::initTestCase()
 {
-    QFile style(":/qss/style.qss");
-    QVERIFY(style.open(QIODevice::ReadOnly));
-    qApp->setStyleSheet(style.readAll());
+    ApplyStyleSheet();
 }
 
 void ProductionTesterTest::init()

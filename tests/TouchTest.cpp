@@ -99,9 +99,7 @@ private:
 
 void TouchTest::initTestCase()
 {
-    QFile style(":/qss/style.qss");
-    QVERIFY(style.open(QIODevice::ReadOnly));
-    qApp->setStyleSheet(style.readAll());
+    ApplyStyleSheet();
     m_screen = QTest::createTouchDevice();
 }
 

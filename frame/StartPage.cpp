@@ -95,7 +95,7 @@ QString StartPage::GetOsVersion()
         return builtIn;
     }
     const QString line = QTextStream(&file).readLine();
-    const QStringList words = line.split(' ', QString::KeepEmptyParts);
+    const QStringList words = line.split(' ');
     return words.size() > 6 ? QStringList(words.mid(words.size() - 6)).join(' ') : builtIn;
 }
 

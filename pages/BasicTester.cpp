@@ -1,13 +1,12 @@
 #include "pages/BasicTester.h"
 
-#include "frame/MoskTester.h"
 #include "frame/MoskTranslator.h"
 #include "instruments/Ping.h"
 #include "instruments/ResultField.h"
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
-#include "pages/ControllerMessages.h"
 #include "pages/TouchTester.h"
+#include "protocols/ControllerMessages.h"
 
 #include <QComboBox>
 #include <QDateTime>
@@ -62,7 +61,7 @@ int CountSdCards()
 /// older calibration tools have fewer, and no rotation.
 int RotationOf(const QByteArray& calibration)
 {
-    const QStringList fields = QString(calibration.constData()).split(' ', QString::KeepEmptyParts);
+    const QStringList fields = QString(calibration.constData()).split(' ');
     if (fields.size() != 10) {
         return 0;
     }
@@ -226,9 +225,7 @@ void BasicTester::OnBtnTouchCalcClicked(bool /*checked*/)
 {
     RunShell(QString("ts_calibrate -r %1").arg(m_rotation->currentIndex()).toLocal8Bit());
     RunShell("reboot");
-    if (g_mainwnd != nullptr) {
-        g_mainwnd->update();
-    }
+    window()->update();
 }
 
 void BasicTester::OnBtnBeepTestClicked(bool /*checked*/)
@@ -258,7 +255,7 @@ void BasicTester::OnBtnDdrTestClicked(bool /*checked*/) {}
 void BasicTester::OnBtnNetTestClicked(bool /*checked*/)
 {
     const QString target = m_ethernet->text();
-    if (target.split('.', QString::KeepEmptyParts).size() != 4) {
+    if (target.split('.').size() != 4) {
         return;
     }
     PaintPage();

@@ -3,7 +3,7 @@
 #include "frame/MoskTranslator.h"
 #include "instruments/ReceiveView.h"
 #include "instruments/Uart.h"
-#include "pages/FlashingLog.h"
+#include "protocols/FlashingLog.h"
 
 #include <QFile>
 #include <QGridLayout>

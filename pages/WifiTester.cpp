@@ -230,7 +230,7 @@ void ToolWifiTest::OnBtnConnectClicked(bool /*checked*/)
     if (!m_isWifiEnabled) {
         return;
     }
-    const QString ssid = m_comboSsid->currentText().split(' ', QString::KeepEmptyParts).first();
+    const QString ssid = m_comboSsid->currentText().split(' ').first();
     const QString passphrase = m_linePassword->text();
     if (ssid.isEmpty() || passphrase.isEmpty()) {
         return;

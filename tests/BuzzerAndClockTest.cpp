@@ -1,6 +1,6 @@
 #include "frame/MoskSettings.h"
 #include "pages/BasicTester.h"
-#include "pages/ControllerMessages.h"
+#include "protocols/ControllerMessages.h"
 #include "simulated-board/Board.h"
 #include "simulated-board/PseudoTerminal.h"
 #include "tests/Operate.h"

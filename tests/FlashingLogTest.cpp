@@ -1,4 +1,4 @@
-#include "pages/FlashingLog.h"
+#include "protocols/FlashingLog.h"
 
 #include "simulated-board/devices/FlashingLog.h"
 

@@ -2,7 +2,7 @@
 // log, each behind a byte with its length; the page must show them as its rules say.
 
 #include "instruments/ReceiveView.h"
-#include "pages/FlashingLog.h"
+#include "protocols/FlashingLog.h"
 #include "pages/ProductionTester.h"
 
 #include <QApplication>

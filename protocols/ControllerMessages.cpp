@@ -1,4 +1,4 @@
-#include "pages/ControllerMessages.h"
+#include "protocols/ControllerMessages.h"
 
 #include <QDateTime>
 

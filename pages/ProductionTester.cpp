@@ -3,7 +3,6 @@
 #include "frame/MoskTranslator.h"
 #include "instruments/ReceiveView.h"
 #include "instruments/Uart.h"
-#include "protocols/FlashingLog.h"
 
 #include <QFile>
 #include <QGridLayout>
@@ -77,73 +76,15 @@ ReceiveView* ToolProductionTest::AddView(const QString& title)
 
 void ToolProductionTest::ProcessData(const QByteArray& chunk)
 {
-    const QVector<LogPiece> pieces = SplitLog(chunk);
-    for (int i = 0; i < pieces.size(); ++i) {
-        const LogPiece& piece = pieces.at(i);
-        if (i == 0) {
-            m_pendingLine += piece.text;
-        } else {
-            m_pendingLine = piece.text;
-        }
-        m_detail->AddText(piece.text + piece.lineEnd);
-        if (!piece.lineEnd.isEmpty()) {
-            ParseLine(m_pendingLine);
-            m_pendingLine = QString();
-        }
+    for (const LogPiece& piece : m_log.Take(chunk)) {
+        m_detail->AddText(piece.echo);
+        Post(piece.result);
     }
 }
 
 void ToolProductionTest::ParseLine(const QString& line)
 {
-    const auto post = [this](const char* key, bool ok) {
-        AddTestResult(MoskTranslator::Translate(key), ok);
-    };
-    switch (FindMarker(line)) {
-    case LogMarker::None:
-        break;
-    case LogMarker::EraseBegun:
-        post("Label_1000515", true);
-        break;
-    case LogMarker::EraseDone:
-        post("Label_1000516", true);
-        break;
-    case LogMarker::RootfsDone:
-        m_hasRootfs = true;
-        post("Label_1000505", true);
-        break;
-    case LogMarker::UbootDone:
-        m_hasUboot = true;
-        post("Label_1000504", true);
-        break;
-    case LogMarker::SpriteDone: {
-        m_hasSprite = true;
-        // The flags stay set until Reset: a second board flashed without it inherits them.
-        const bool complete = m_hasRootfs && m_hasUboot;
-        post(complete ? "Label_1000502" : "Label_1000506", complete);
-        break;
-    }
-    case LogMarker::Shutdown:
-        post("Label_1000503", true);
-        break;
-    case LogMarker::NetworkOk:
-        post("Label_1000507", true);
-        break;
-    case LogMarker::NetworkBad:
-        post("Label_1000508", false);
-        break;
-    case LogMarker::EmmcOk:
-        post("Label_1000509", true);
-        break;
-    case LogMarker::EmmcBad:
-        post("Label_1000510", false);
-        break;
-    case LogMarker::DdrOk:
-        post("Label_1000511", true);
-        break;
-    case LogMarker::DdrBad:
-        post("Label_1000512", false);
-        break;
-    }
+    Post(m_log.Judge(line));
 }
 
 void ToolProductionTest::ProcessFile()
@@ -154,6 +95,13 @@ void ToolProductionTest::ProcessFile()
     }
     for (QByteArray chunk = file.read(128); !chunk.isEmpty(); chunk = file.read(128)) {
         ProcessData(chunk);
+    }
+}
+
+void ToolProductionTest::Post(const std::optional<LogResult>& result)
+{
+    if (result) {
+        AddTestResult(MoskTranslator::Translate(result->textKey), result->ok);
     }
 }
 
@@ -189,9 +137,7 @@ void ToolProductionTest::OnBtnDetailClicked()
 
 void ToolProductionTest::OnBtnResetClicked()
 {
-    m_hasRootfs = false;
-    m_hasUboot = false;
-    m_hasSprite = false;
+    m_log.Reset();
     m_summary->Clear();
     m_detail->Clear();
     CloseComPort();

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QString>
+#include "protocols/FlashingLogParser.h"
+
 #include <QWidget>
 
 class QGridLayout;
@@ -47,6 +48,7 @@ private:
     void ShowView(int index, QPushButton* chosen, QPushButton* other);
     void OpenComPort();
     void CloseComPort();
+    void Post(const std::optional<LogResult>& result);
     void ShowResult(ReceiveView* view, const QString& text, bool ok);
 
     QTimer* m_timer = nullptr;
@@ -57,8 +59,5 @@ private:
     ReceiveView* m_summary = nullptr;
     ReceiveView* m_detail = nullptr;
     QSerialPort* m_port = nullptr; ///< null while closed
-    QString m_pendingLine;
-    bool m_hasRootfs = false;
-    bool m_hasUboot = false;
-    bool m_hasSprite = false;
+    FlashingLogParser m_log;
 };

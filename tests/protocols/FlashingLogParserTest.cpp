@@ -1,0 +1,251 @@
+#include "protocols/FlashingLogParser.h"
+
+#include <QTest>
+
+namespace
+{
+
+/// What a chunk echoes, piece by piece.
+QStringList Echoes(const QByteArray& chunk)
+{
+    QStringList echoes;
+    FlashingLogParser log;
+    for (const LogPiece& piece : log.Take(chunk)) {
+        echoes << piece.echo;
+    }
+    return echoes;
+}
+
+/// A result as a word: the end of its key, and whether it is a pass; empty where there is none.
+QString Word(const std::optional<LogResult>& result)
+{
+    return result ? result->textKey.right(3) + (result->ok ? " pass" : " fail") : QString();
+}
+
+/// The results that chunks lead to.
+QStringList Results(FlashingLogParser& log, const QList<QByteArray>& chunks)
+{
+    QStringList words;
+    for (const QByteArray& chunk : chunks) {
+        for (const LogPiece& piece : log.Take(chunk)) {
+            if (piece.result) {
+                words << Word(piece.result);
+            }
+        }
+    }
+    return words;
+}
+
+} // namespace
+
+class FlashingLogParserTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void chunkIsCutIntoLines_data();
+    void chunkIsCutIntoLines();
+    void lineMayComeInSeveralChunks();
+    void lineThatBeginsWithAReturnWaitsForTheNextChunk();
+    void everythingBurntNeedsBothParts_data();
+    void everythingBurntNeedsBothParts();
+    void resetForgetsEachPartButNotTheLine();
+
+    void lineIsJudgedByItsFirstMarker_data();
+    void lineIsJudgedByItsFirstMarker();
+};
+
+void FlashingLogParserTest::chunkIsCutIntoLines_data()
+{
+    QTest::addColumn<QByteArray>("chunk");
+    QTest::addColumn<QStringList>("echoes");
+
+    QTest::newRow("nothing") << QByteArray() << QStringList();
+    QTest::newRow("no end") << QByteArray("abc") << QStringList{"abc"};
+    QTest::newRow("line feed") << QByteArray("abc\n") << QStringList{"abc\n"};
+    QTest::newRow("lines and a rest") << QByteArray("a\nb\nc") << QStringList{"a\n", "b\n", "c"};
+    QTest::newRow("empty lines") << QByteArray("\n\n") << QStringList{"\n", "\n"};
+    QTest::newRow("CR LF") << QByteArray("a\r\nb\r\n") << QStringList{"a\r\n", "b\r\n"};
+    QTest::newRow("CR only") << QByteArray("a\rb\r") << QStringList{"a\r", "b\r"};
+    QTest::newRow("CR and a rest") << QByteArray("a\rb") << QStringList{"a\r", "b"};
+    QTest::newRow("CR first") << QByteArray("\rabc") << QStringList{"\rabc"};
+    QTest::newRow("CR first, then more") << QByteArray("\ra\rb\r") << QStringList{"\ra\rb\r"};
+    QTest::newRow("CR alone") << QByteArray("\r") << QStringList{"\r"};
+    QTest::newRow("CR first, with LF") << QByteArray("\ra\nb") << QStringList{"\ra\n", "b"};
+    QTest::newRow("CR before LF stays") << QByteArray("a\rb\nc") << QStringList{"a\rb\n", "c"};
+    QTest::newRow("NUL") << QByteArray("ab\0cd\nef\0\n\0gh", 13) << QStringList{"ab\n", "ef\n"};
+    QTest::newRow("not ASCII") << QByteArray("端口\n收") << QStringList{"端口\n", "收"};
+    QTest::newRow("broken character") << QByteArray("a\xe7\nb") << QStringList{"a\ufffd\n", "b"};
+}
+
+void FlashingLogParserTest::chunkIsCutIntoLines()
+{
+    QFETCH(QByteArray, chunk);
+    QFETCH(QStringList, echoes);
+    QCOMPARE(Echoes(chunk), echoes);
+}
+
+void FlashingLogParserTest::lineMayComeInSeveralChunks()
+{
+    FlashingLogParser log;
+    QCOMPARE(Results(log, {"successed in down", "", "loading uboot"}), QStringList());
+    QCOMPARE(Results(log, {"\n"}), QStringList("504 pass"));
+    // Its text does not come back with the next line.
+    QCOMPARE(Results(log, {"\n"}), QStringList());
+}
+
+void FlashingLogParserTest::lineThatBeginsWithAReturnWaitsForTheNextChunk()
+{
+    FlashingLogParser log;
+    QCOMPARE(Results(log, {"\rbegin to erase flash"}), QStringList());
+    QCOMPARE(Results(log, {"\n"}), QStringList("515 pass"));
+}
+
+void FlashingLogParserTest::everythingBurntNeedsBothParts_data()
+{
+    QTest::addColumn<QList<QByteArray>>("chunks");
+    QTest::addColumn<QStringList>("results");
+
+    const QByteArray rootfs = "successed in download part rootfs\n";
+    const QByteArray uboot = "successed in downloading uboot\n";
+    const QByteArray sprite = "sprite success\n";
+    QTest::newRow("neither") << QList<QByteArray>{sprite} << QStringList{"506 fail"};
+    QTest::newRow("rootfs only") << QList<QByteArray>{rootfs, sprite}
+                                 << QStringList{"505 pass", "506 fail"};
+    QTest::newRow("U-Boot only") << QList<QByteArray>{uboot, sprite}
+                                 << QStringList{"504 pass", "506 fail"};
+    QTest::newRow("both") << QList<QByteArray>{rootfs, uboot, sprite}
+                          << QStringList{"505 pass", "504 pass", "502 pass"};
+    QTest::newRow("the other order") << QList<QByteArray>{uboot, rootfs, sprite}
+                                     << QStringList{"504 pass", "505 pass", "502 pass"};
+    QTest::newRow("a second board inherits them")
+        << QList<QByteArray>{uboot, rootfs, sprite, "mmc 2 exit\n", sprite}
+        << QStringList{"504 pass", "505 pass", "502 pass", "503 pass", "502 pass"};
+}
+
+void FlashingLogParserTest::everythingBurntNeedsBothParts()
+{
+    QFETCH(QList<QByteArray>, chunks);
+    QFETCH(QStringList, results);
+    FlashingLogParser log;
+    QCOMPARE(Results(log, chunks), results);
+}
+
+void FlashingLogParserTest::resetForgetsEachPartButNotTheLine()
+{
+    const QByteArray rootfs = "successed in download part rootfs\n";
+    const QByteArray uboot = "successed in downloading uboot\n";
+    const QByteArray sprite = "sprite success\n";
+    FlashingLogParser log;
+    Results(log, {rootfs});
+    log.Reset();
+    QCOMPARE(Results(log, {uboot, sprite}), (QStringList{"504 pass", "506 fail"}));
+    log.Reset();
+    QCOMPARE(Results(log, {rootfs, sprite}), (QStringList{"505 pass", "506 fail"}));
+
+    Results(log, {"begin to erase "});
+    log.Reset();
+    QCOMPARE(Results(log, {"flash\n"}), QStringList("515 pass"));
+}
+
+void FlashingLogParserTest::lineIsJudgedByItsFirstMarker_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("result");
+
+    QTest::newRow("nothing") << ""
+                             << "";
+    QTest::newRow("a line of the log") << "[116]HELLO! BOOT0 is starting!"
+                                       << "";
+    QTest::newRow("fail is no marker") << "[12]mmc 2 fail, err -110"
+                                       << "";
+    QTest::newRow("erase begins") << "[116]begin to erase flash"
+                                  << "515 pass";
+    QTest::newRow("half of it") << "begin to erase"
+                                << "";
+    QTest::newRow("erase done") << "successed in erasing flash\r"
+                                << "516 pass";
+    QTest::newRow("erase done, other grammar") << "success in erasing flash"
+                                               << "";
+    QTest::newRow("rootfs") << "[104.602] successed in download part rootfs"
+                            << "505 pass";
+    QTest::newRow("another part") << "successed in download part boot"
+                                  << "";
+    QTest::newRow("U-Boot") << "[      5.344]successed in downloading uboot"
+                            << "504 pass";
+    QTest::newRow("case matters") << "Successed in downloading uboot"
+                                  << "";
+    QTest::newRow("sprite") << "sprite success "
+                            << "506 fail";
+    QTest::newRow("exit ok") << "mmc 2 exit ok"
+                             << "503 pass";
+    QTest::newRow("exit failed") << "mmc 2 exit failed"
+                                 << "503 pass";
+    QTest::newRow("in the middle") << "a40i login: sprite success [1]"
+                                   << "506 fail";
+
+    QTest::newRow("first of two") << "mmc 2 exit, sprite success"
+                                  << "506 fail";
+    QTest::newRow("erase before all") << "sprite success begin to erase flash"
+                                      << "515 pass";
+    QTest::newRow("rootfs before U-Boot")
+        << "successed in downloading uboot successed in download part rootfs"
+        << "505 pass";
+    QTest::newRow("exit before the self-test") << "MOSK_HARD_NET: ok mmc 2 exit"
+                                               << "503 pass";
+    QTest::newRow("network before eMMC") << "MOSK_HARD_EMMC: ok MOSK_HARD_NET: "
+                                         << "507 pass";
+    QTest::newRow("eMMC before memory") << "MOSK_HARD_DDR: ok MOSK_HARD_EMMC: "
+                                        << "510 fail";
+
+    QTest::newRow("network ok") << "MOSK_HARD_NET: ok"
+                                << "507 pass";
+    QTest::newRow("network ok before") << "is ok MOSK_HARD_NET:"
+                                       << "507 pass";
+    QTest::newRow("network ok first only") << "ok MOSK_HARD_NET: fail"
+                                           << "508 fail";
+    QTest::newRow("network ok first and later") << "ok MOSK_HARD_NET:ok"
+                                                << "507 pass";
+    QTest::newRow("network OK") << "MOSK_HARD_NET: OK"
+                                << "508 fail";
+    QTest::newRow("network fail-ok") << "MOSK_HARD_NET:fail-ok"
+                                     << "507 pass";
+    QTest::newRow("network without value") << "MOSK_HARD_NET:"
+                                           << "508 fail";
+
+    QTest::newRow("eMMC ok") << "MOSK_HARD_EMMC: ok"
+                             << "509 pass";
+    QTest::newRow("eMMC ok, no blank") << "MOSK_HARD_EMMC:ok"
+                                       << "509 pass";
+    QTest::newRow("eMMC ok and size") << "MOSK_HARD_EMMC:ok 7.1G"
+                                      << "509 pass";
+    QTest::newRow("eMMC ok before") << "is ok MOSK_HARD_EMMC: fail"
+                                    << "510 fail";
+    QTest::newRow("eMMC OK") << "MOSK_HARD_EMMC: OK"
+                             << "510 fail";
+    QTest::newRow("eMMC without value") << "MOSK_HARD_EMMC:"
+                                        << "510 fail";
+
+    QTest::newRow("memory ok") << "MOSK_HARD_DDR: ok"
+                               << "511 pass";
+    QTest::newRow("memory ok, no blank") << "MOSK_HARD_DDR:ok"
+                                         << "511 pass";
+    QTest::newRow("memory fail-ok") << "MOSK_HARD_DDR:fail-ok"
+                                    << "511 pass";
+    QTest::newRow("memory ok before") << "ok ok MOSK_HARD_DDR: fail"
+                                      << "512 fail";
+    QTest::newRow("memory without value") << "MOSK_HARD_DDR:"
+                                          << "512 fail";
+    QTest::newRow("no colon") << "MOSK_HARD_DDR ok"
+                              << "";
+}
+
+void FlashingLogParserTest::lineIsJudgedByItsFirstMarker()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, result);
+    QCOMPARE(Word(FlashingLogParser().Judge(line)), result);
+}
+
+QTEST_APPLESS_MAIN(FlashingLogParserTest)
+#include "FlashingLogParserTest.moc"

@@ -9,6 +9,11 @@ packaging/install-packages test
 echo "Building with sanitizers in build/asan"
 cmake --preset asan >/dev/null
 cmake --build --preset asan
+echo "Building the fuzzers in build/fuzz"
+cmake --preset fuzz >/dev/null
+cmake --build --preset fuzz
 
 echo "Running the tests, each on a simulated board of its own"
-exec ctest --test-dir build/asan --output-on-failure -j "$(nproc)" "$@"
+ctest --preset asan -j "$(nproc)" --no-tests=ignore "$@"
+echo "Fuzzing for a few seconds each"
+ctest --preset fuzz --no-tests=ignore "$@"

@@ -6,6 +6,7 @@
 #include "instruments/MessageBoxes.h"
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
+#include "protocols/KernelVersion.h"
 
 #include <QComboBox>
 #include <QFile>
@@ -94,9 +95,8 @@ QString StartPage::GetOsVersion()
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         return builtIn;
     }
-    const QString line = QTextStream(&file).readLine();
-    const QStringList words = line.split(' ');
-    return words.size() > 6 ? QStringList(words.mid(words.size() - 6)).join(' ') : builtIn;
+    const QString stamp = BuildStampOf(QTextStream(&file).readLine());
+    return stamp.isEmpty() ? builtIn : stamp;
 }
 
 void StartPage::OnLanguageChanged(int index)

@@ -17,8 +17,3 @@ QByteArray RunPing(QProcess* process, const QString& command)
     }
     return process->readAll();
 }
-
-bool PingAnswered(const QString& output)
-{
-    return output.contains("TTL=") || output.contains("ttl=");
-}

@@ -6,7 +6,10 @@
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
 #include "pages/TouchTester.h"
+#include "protocols/Calibration.h"
 #include "protocols/ControllerMessages.h"
+#include "protocols/DeviceCount.h"
+#include "protocols/PingOutput.h"
 
 #include <QComboBox>
 #include <QDateTime>
@@ -21,7 +24,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 
@@ -39,10 +41,10 @@ int CountUsbSticks()
         return 0;
     }
     const auto count = ReadShell("cat /proc/scsi/scsi | grep \"Vendor\" | wc -l", 28);
-    return count ? static_cast<int>(std::strtol(count->constData(), nullptr, 10)) : 0;
+    return count ? CountOf(*count) : 0;
 }
 
-/// The MMC devices mmcblk0 to mmcblk9 less one, the board's own eMMC.
+/// The SD cards among the MMC devices mmcblk0 to mmcblk9.
 int CountSdCards()
 {
     int count = 0;
@@ -54,19 +56,7 @@ int CountSdCards()
             ++count;
         }
     }
-    return count > 0 ? count - 1 : 0;
-}
-
-/// The rotation in a line of the touch screen's calibration file: the last of ten fields. Lines of
-/// older calibration tools have fewer, and no rotation.
-int RotationOf(const QByteArray& calibration)
-{
-    const QStringList fields = QString(calibration.constData()).split(' ');
-    if (fields.size() != 10) {
-        return 0;
-    }
-    const int rotation = fields[9].toInt();
-    return rotation >= 0 && rotation <= 3 ? rotation : 0;
+    return SdCardsAmong(count);
 }
 
 /// Sends a message to the companion controller, at the speed that the system has set for its port.

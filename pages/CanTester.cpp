@@ -4,6 +4,7 @@
 #include "instruments/PortRows.h"
 #include "instruments/ReceiveView.h"
 #include "pages/CanThread.h"
+#include "protocols/CanFrame.h"
 
 #include <QComboBox>
 #include <QDebug>
@@ -30,19 +31,6 @@ void NoteFailure(bool ok, const char* call, const char* interface)
     if (!ok) {
         qDebug("%s: %s: %s", interface, call, std::strerror(errno));
     }
-}
-
-/// The one frame that the page sends: extended, identifier 1, the number's most significant byte
-/// first.
-can_frame FrameOf(quint64 number)
-{
-    can_frame frame = {};
-    frame.can_id = CAN_EFF_FLAG | 1;
-    frame.can_dlc = 8;
-    for (int i = 0; i < 8; ++i) {
-        frame.data[i] = static_cast<quint8>(number >> (56 - 8 * i));
-    }
-    return frame;
 }
 
 } // namespace
@@ -143,7 +131,7 @@ void CanTester::OnBtnSendClicked(bool /*checked*/)
     if (m_socket < 0) {
         return;
     }
-    const can_frame frame = FrameOf(m_sendText->text().toULongLong(nullptr, 16));
+    const can_frame frame = CanFrameOf(m_sendText->text());
     const ssize_t written = write(m_socket, &frame, sizeof frame);
     NoteFailure(written >= 0, "write", qUtf8Printable(m_chooser->currentText()));
 }

@@ -1,20 +1,11 @@
 #include "pages/CanThread.h"
 
+#include "protocols/CanFrame.h"
+
 #include <climits>
 
 #include <linux/can.h>
 #include <unistd.h>
-
-QString CanFrameText(const can_frame& frame)
-{
-    QString text = QString("id:%1,len:%2,data:%3%4%5%6%7%8%9%10")
-                       .arg(frame.can_id & ~CAN_EFF_FLAG)
-                       .arg(frame.can_dlc);
-    for (const int byte : frame.data) {
-        text = text.arg(byte, 2, 16, QChar('0'));
-    }
-    return text;
-}
 
 CanThread::CanThread(int socket, QObject* parent) : QThread(parent), m_socket(socket) {}
 

@@ -4,12 +4,6 @@
 
 #include <atomic>
 
-struct can_frame;
-
-/// A received frame as text: its identifier without the extended flag, its length and always all
-/// eight data bytes.
-QString CanFrameText(const can_frame& frame);
-
 /// Polls a CAN socket and hands each frame on as text. It takes one frame in 10 ms; frames that
 /// come faster queue up in the socket rather than flooding the GUI.
 class CanThread : public QThread

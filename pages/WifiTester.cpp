@@ -5,6 +5,7 @@
 #include "instruments/ResultField.h"
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
+#include "protocols/PingOutput.h"
 
 #include <QComboBox>
 #include <QFile>

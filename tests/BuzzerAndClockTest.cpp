@@ -1,6 +1,5 @@
 #include "frame/MoskSettings.h"
 #include "pages/BasicTester.h"
-#include "protocols/ControllerMessages.h"
 #include "simulated-board/Board.h"
 #include "simulated-board/PseudoTerminal.h"
 #include "tests/Operate.h"
@@ -110,8 +109,6 @@ private slots:
     void timeIsShownAsItIsPrinted();
     void timeWithoutAShellStaysDetecting();
 
-    void timeMessageIsByteForByte_data();
-    void timeMessageIsByteForByte();
     void timeReachesTheControllerAndTheSystem_data();
     void timeReachesTheControllerAndTheSystem();
     void timeBytesAreTheControllers();
@@ -182,9 +179,6 @@ void BuzzerAndClockTest::buzzerGoesOnAndOff()
 
 void BuzzerAndClockTest::buzzerBytesAreTheControllers()
 {
-    QCOMPARE(BuzzerMessage(true), buzzerOn);
-    QCOMPARE(BuzzerMessage(false), buzzerOff);
-
     Board::Become("language english\n");
     PseudoTerminal line(port);
     Press(m_page.get(), "btnBeepTest");
@@ -391,34 +385,6 @@ void BuzzerAndClockTest::timeWithoutAShellStaysDetecting()
 
     QCOMPARE(Field(ClockRead)->text(), QString("Detecting..."));
     QVERIFY(!Field(ClockRead)->property("status").isValid());
-}
-
-void BuzzerAndClockTest::timeMessageIsByteForByte_data()
-{
-    QTest::addColumn<QString>("time");
-    QTest::addColumn<QByteArray>("message");
-
-    QTest::newRow("the page's own") << "2022-01-01 00:00:00" << newYear;
-    QTest::newRow("end of the year")
-        << "2022-12-31 23:59:59" << QByteArray::fromHex("5AA50802160B1F173B3BD7");
-    QTest::newRow("year beyond 255")
-        << "2300-01-01 00:00:00" << QByteArray::fromHex("5AA508022C000100000037");
-    QTest::newRow("first year") << "2000-01-01 00:00:00"
-                                << QByteArray::fromHex("5AA508020000010000000B");
-    QTest::newRow("before the first year")
-        << "1999-01-01 00:00:00" << QByteArray::fromHex("5AA50802FF00010000000A");
-    QTest::newRow("leap day") << "2024-02-29 12:34:56"
-                              << QByteArray::fromHex("5AA5080218011D0C2238A6");
-    QTest::newRow("last year") << "9999-12-31 23:59:59"
-                               << QByteArray::fromHex("5AA508023F0B1F173B3B00");
-}
-
-void BuzzerAndClockTest::timeMessageIsByteForByte()
-{
-    QFETCH(QString, time);
-    QFETCH(QByteArray, message);
-
-    QCOMPARE(TimeMessage(Time(time)).toHex(), message.toHex());
 }
 
 void BuzzerAndClockTest::timeReachesTheControllerAndTheSystem_data()

@@ -53,8 +53,6 @@ private slots:
     void rowsStandAsDesigned();
     void pageIsInTheLanguageOfTheProgram();
 
-    void frameIsWrittenAsText_data();
-    void frameIsWrittenAsText();
 
     void openBindsCan0();
     void firstInterfaceIsTheOneAskedFor();
@@ -169,35 +167,6 @@ void CanTesterTest::pageIsInTheLanguageOfTheProgram()
     Rebuild();
     QCOMPARE(OpenButton()->text(), QString::fromUtf8("打开"));
     QCOMPARE(m_page->findChild<QPushButton*>("btnSendCom")->text(), QString::fromUtf8("发送"));
-}
-
-void CanTesterTest::frameIsWrittenAsText_data()
-{
-    QTest::addColumn<unsigned>("identifier");
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<QString>("text");
-
-    const QByteArray three = QByteArray::fromHex("112233");
-    const QByteArray eight = QByteArray::fromHex("00ff7f8001aBcD0f");
-    QTest::newRow("standard") << 0x123U << three << "id:291,len:3,data:1122330000000000";
-    QTest::newRow("extended") << (CAN_EFF_FLAG | 1) << eight << "id:1,len:8,data:00ff7f8001abcd0f";
-    QTest::newRow("largest") << (CAN_EFF_FLAG | CAN_EFF_MASK) << QByteArray()
-                             << "id:536870911,len:0,data:0000000000000000";
-    QTest::newRow("remote") << (CAN_RTR_FLAG | 0x123) << QByteArray()
-                            << "id:1073742115,len:0,data:0000000000000000";
-    QTest::newRow("extended remote") << (CAN_EFF_FLAG | CAN_RTR_FLAG | 1) << QByteArray()
-                                     << "id:1073741825,len:0,data:0000000000000000";
-    QTest::newRow("error") << (CAN_ERR_FLAG | 4) << QByteArray(8, '\0')
-                           << "id:536870916,len:8,data:0000000000000000";
-    QTest::newRow("identifier 0") << 0U << QByteArray("1") << "id:0,len:1,data:3100000000000000";
-}
-
-void CanTesterTest::frameIsWrittenAsText()
-{
-    QFETCH(unsigned, identifier);
-    QFETCH(QByteArray, bytes);
-    QFETCH(QString, text);
-    QCOMPARE(CanFrameText(Frame(identifier, bytes)), text);
 }
 
 void CanTesterTest::openBindsCan0()

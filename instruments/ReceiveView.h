@@ -5,14 +5,15 @@
 #include <QTextEdit>
 #include <QVector>
 
+class QTextCursor;
 class QTimer;
 
 /// The view of what a port receives, made to take text at full rate for days.
 ///
-/// Text is laid out a paragraph at a time, so each addition to a paragraph costs as much as the
-/// whole of it. Short text is shown at once; what comes when that has become dear is gathered and
-/// shown together, so that layout takes a bounded share of the GUI thread's time. Beyond a generous
-/// bound the oldest text goes. New text moves neither the operator's cursor and selection nor what
+/// Text that comes after a silence is shown at once. What comes while more is coming is gathered
+/// and shown ten times a second, in one insertion and one repaint: painting, not layout, is what
+/// costs. The oldest text goes: of all lines, and of a line that does not end, which is laid out as
+/// a whole for each addition. New text moves neither the operator's cursor and selection nor what
 /// the operator scrolled back to; a cursor at the end and a view scrolled to its end go along.
 class ReceiveView : public QTextEdit
 {
@@ -20,10 +21,6 @@ class ReceiveView : public QTextEdit
 
 public:
     explicit ReceiveView(QWidget* parent);
-
-    /// Keeps the newest `lines` lines, where those are more than the characters that any view
-    /// keeps.
-    void KeepLines(int lines);
 
     /// Adds text at the end, in the look of the text there.
     void AddText(const QString& text);
@@ -37,6 +34,9 @@ public:
     /// Shows at once what is still gathered.
     void ShowGathered();
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
 private:
     struct Run {
         QString text;
@@ -45,20 +45,17 @@ private:
 
     void Gather(const QString& text, const QColor& colour);
     void ShowOrWait();
-    bool IsShort() const;
-    qint64 Pause() const;
-    int Surplus() const;
-    void ForgetGathered(int count);
     void InsertGathered(QTextCursor& cursor);
+    void CutLastLine(QTextCursor& cursor);
+    void DropOldestLines(QTextCursor& cursor);
     bool Follows() const;
 
     QVector<Run> m_gathered;
     int m_gatheredSize = 0;
-    bool m_isShownOutdated = false;
     bool m_endsInReturn = false;
-    int m_keptLines = 0;
     QTimer* m_timer = nullptr;
     QElapsedTimer m_sinceShown;
+    /// What the last showing has cost so far, layout and painting, in nanoseconds.
     qint64 m_cost = 0;
     bool m_isShowing = false;
     bool m_isAtBottom = true;

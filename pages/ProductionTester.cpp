@@ -69,7 +69,6 @@ ReceiveView* ToolProductionTest::AddView(const QString& title)
     font.setPixelSize(22);
     view->setFont(font);
     view->setReadOnly(true);
-    view->KeepLines(20000);
     m_views->addTab(view, title);
     return view;
 }

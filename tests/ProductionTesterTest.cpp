@@ -439,9 +439,9 @@ void ProductionTesterTest::resultsStandBehindTheirLinesInTheDetail()
     WaitForThePort(notOpened);
     m_page->ProcessData("one\nMOSK_HARD_NET: ok\ntwo\nMOSK_HARD_DDR: no\nthr");
     m_page->ProcessData("ee");
-    QCOMPARE(View(1)->toPlainText(), notOpened +
-                                         "one\nMOSK_HARD_NET: ok\n******** Network OK!\ntwo\n"
-                                         "MOSK_HARD_DDR: no\n******** DDR anomaly!\nthree");
+    QTRY_COMPARE(View(1)->toPlainText(), notOpened +
+                                             "one\nMOSK_HARD_NET: ok\n******** Network OK!\ntwo\n"
+                                             "MOSK_HARD_DDR: no\n******** DDR anomaly!\nthree");
     const QList<QColor> colours{red, black, black, green, black, black, red, black};
     QCOMPARE(LineColours(*View(1)), colours);
     QCOMPARE(View(0)->toPlainText(), notOpened + "******** Network OK!\n******** DDR anomaly!\n");

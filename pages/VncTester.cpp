@@ -2,32 +2,31 @@
 
 #include "frame/MoskTranslator.h"
 #include "instruments/MessageBoxes.h"
+#include "instruments/ServiceFile.h"
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
-#include "pages/IniFile.h"
+#include "protocols/IniFile.h"
 
 #include <QCheckBox>
-#include <QFileInfo>
 #include <QGridLayout>
 #include <QIntValidator>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QSettings>
 
 namespace
 {
 
 const char* const vncServerPath = "/etc/vnclinuxfb.conf";
 const char* const frpClientPath = "/etc/frpc.ini";
-const QSize titleSize(180, 30);
+const IniKey enable = {"General", "enable"};
+const IniKey security = {"General", "security"};
+const IniKey password = {"General", "password"};
+const IniKey serverAddress = {"common", "server_addr"};
+const IniKey serverPort = {"common", "server_port"};
+const IniKey remotePort = {"vnc", "remote_port"};
 
-/// A value as an integer; 0 when it is none. The way over the text keeps a number beyond all
-/// integers from being cut down to one.
-int Number(const QSettings& settings, const QString& key)
-{
-    return settings.value(key).toString().toInt();
-}
+const QSize titleSize(180, 30);
 
 } // namespace
 
@@ -61,6 +60,9 @@ ToolVncTest::ToolVncTest(QWidget* parent) : QWidget(parent)
     connect(set, &QPushButton::clicked, this, &ToolVncTest::OnBtnSetClicked);
 
     LoadConfig();
+    for (QLineEdit* field : findChildren<QLineEdit*>()) {
+        connect(field, &QLineEdit::textChanged, this, [this, field] { m_touched.insert(field); });
+    }
 }
 
 QCheckBox* ToolVncTest::AddBox(QGridLayout* layout, int row, const QString& textKey)
@@ -84,32 +86,36 @@ QLineEdit* ToolVncTest::AddField(QGridLayout* layout, int row, const QString& ti
 
 void ToolVncTest::LoadConfig()
 {
-    m_enable->setChecked(false);
-    m_security->setChecked(false);
-    m_password->clear();
-    // Not a mere exists(): reading a pipe in the file's place would never end.
-    if (QFileInfo(vncServerPath).isFile()) {
-        const QSettings server(vncServerPath, QSettings::IniFormat);
-        m_enable->setChecked(Number(server, "enable") == 1);
-        m_security->setChecked(Number(server, "security") > 1);
-        m_password->setText(server.value("password").toString());
-    }
-    if (QFileInfo(frpClientPath).isFile()) {
-        const QSettings client(frpClientPath, QSettings::IniFormat);
-        m_serverAddress->setText(client.value("common/server_addr").toString());
-        m_serverPort->setText(client.value("common/server_port").toString());
-        m_remotePort->setText(client.value("vnc/remote_port").toString());
-    }
+    const QByteArray server = ReadServiceFile(vncServerPath);
+    m_enable->setChecked(IniValue(server, enable).toInt() == 1);
+    m_security->setChecked(IniValue(server, security).toInt() > 1);
+    m_password->setText(IniValue(server, password));
+
+    const QByteArray client = ReadServiceFile(frpClientPath);
+    m_serverAddress->setText(IniValue(client, serverAddress));
+    m_serverPort->setText(IniValue(client, serverPort));
+    m_remotePort->setText(IniValue(client, remotePort));
+}
+
+QByteArray ToolVncTest::WithField(const QByteArray& content, const IniKey& key,
+                                  QLineEdit* field) const
+{
+    const bool isTouched = m_touched.contains(field);
+    return IniWithValue(content, key, isTouched ? field->text() : IniValue(content, key));
 }
 
 void ToolVncTest::OnBtnSetClicked()
 {
-    WriteIniFile(vncServerPath, {{"", "enable", m_enable->isChecked() ? "1" : "0"},
-                                 {"", "security", m_security->isChecked() ? "2" : "1"},
-                                 {"", "password", m_password->text()}});
-    WriteIniFile(frpClientPath, {{"common", "server_addr", m_serverAddress->text()},
-                                 {"common", "server_port", m_serverPort->text()},
-                                 {"vnc", "remote_port", m_remotePort->text()}});
+    EditServiceFile(vncServerPath, [this](QByteArray content) {
+        content = IniWithValue(content, enable, m_enable->isChecked() ? "1" : "0");
+        content = IniWithValue(content, security, m_security->isChecked() ? "2" : "1");
+        return WithField(content, password, m_password);
+    });
+    EditServiceFile(frpClientPath, [this](QByteArray content) {
+        content = WithField(content, serverAddress, m_serverAddress);
+        content = WithField(content, serverPort, m_serverPort);
+        return WithField(content, remotePort, m_remotePort);
+    });
     RunShell("sync");
     // Said whatever became of the files.
     TellOperator(nullptr, MoskTranslator::Translate("Label_1010006"));

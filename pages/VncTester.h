@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QSet>
 #include <QWidget>
 
 class QCheckBox;
 class QGridLayout;
 class QLineEdit;
+struct IniKey;
 
 /// The settings of the board's VNC server and of the frp client that carries it to a relay. They
 /// take effect when those services next read their files.
@@ -22,6 +24,9 @@ private:
     QCheckBox* AddBox(QGridLayout* layout, int row, const QString& textKey);
     QLineEdit* AddField(QGridLayout* layout, int row, const QString& titleKey);
     void LoadConfig();
+    /// The content of a file with the field's text at the key. A field that the operator did not
+    /// touch leaves the file's value; only a missing key is added.
+    QByteArray WithField(const QByteArray& content, const IniKey& key, QLineEdit* field) const;
 
     QCheckBox* m_enable = nullptr;
     QLineEdit* m_serverAddress = nullptr;
@@ -29,4 +34,5 @@ private:
     QLineEdit* m_remotePort = nullptr;
     QCheckBox* m_security = nullptr;
     QLineEdit* m_password = nullptr;
+    QSet<QLineEdit*> m_touched;
 };

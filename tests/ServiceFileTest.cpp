@@ -1,0 +1,227 @@
+#include "instruments/ServiceFile.h"
+#include "simulated-board/Board.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTest>
+
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace
+{
+
+void Write(const QString& path, const QByteArray& content)
+{
+    EditServiceFile(path, [&content](const QByteArray&) { return content; });
+}
+
+} // namespace
+
+class ServiceFileTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void unchangedFileIsNotWritten();
+    void fileKeepsOwnerAndMode();
+    void symbolicLinkStaysOne();
+    void linkToAMissingFileMakesTheFile();
+    void whatIsNoFileIsLeftAlone_data();
+    void whatIsNoFileIsLeftAlone();
+    void hugeFileIsLeftAlone();
+    void fullDiskKeepsTheOldFile();
+    void readOnlyDiskKeepsTheOldFile();
+    void writingKilledHalfwayLeavesTheOldFile();
+    void killedWritingLeavesTheOldOrTheNewFile();
+};
+
+void ServiceFileTest::init()
+{
+    QDir("/etc/test").removeRecursively();
+    QVERIFY(QDir().mkpath("/etc/test"));
+}
+
+void ServiceFileTest::unchangedFileIsNotWritten()
+{
+    Board::WriteFile("/etc/test/file", "old");
+    struct stat before = {};
+    QCOMPARE(stat("/etc/test/file", &before), 0);
+
+    Write("/etc/test/file", "old");
+
+    struct stat after = {};
+    QCOMPARE(stat("/etc/test/file", &after), 0);
+    QCOMPARE(after.st_ino, before.st_ino);
+}
+
+void ServiceFileTest::fileKeepsOwnerAndMode()
+{
+    Board::WriteFile("/etc/test/file", "old");
+    QCOMPARE(chmod("/etc/test/file", 0440), 0);
+
+    Write("/etc/test/file", "new");
+
+    struct stat after = {};
+    QCOMPARE(stat("/etc/test/file", &after), 0);
+    QCOMPARE(after.st_mode & 07777, 0440u);
+    QCOMPARE(Board::ReadFile("/etc/test/file"), QByteArray("new"));
+}
+
+void ServiceFileTest::symbolicLinkStaysOne()
+{
+    Board::WriteFile("/var/real/file", "old");
+    QVERIFY(QFile::link("../../var/real/file", "/etc/test/file"));
+
+    Write("/etc/test/file", "new");
+
+    QVERIFY(QFileInfo("/etc/test/file").isSymLink());
+    QCOMPARE(Board::ReadFile("/var/real/file"), QByteArray("new"));
+    QCOMPARE(QDir("/var/real").entryList(QDir::Files), QStringList("file"));
+}
+
+void ServiceFileTest::linkToAMissingFileMakesTheFile()
+{
+    QVERIFY(QDir().mkpath("/var/none"));
+    QVERIFY(QFile::link("/var/none/file", "/etc/test/file"));
+
+    Write("/etc/test/file", "new");
+
+    QVERIFY(QFileInfo("/etc/test/file").isSymLink());
+    QVERIFY(QFile::exists("/var/none/file"));
+    QCOMPARE(Board::ReadFile("/var/none/file"), QByteArray("new"));
+}
+
+void ServiceFileTest::whatIsNoFileIsLeftAlone_data()
+{
+    QTest::addColumn<QByteArray>("maker");
+
+    QTest::newRow("folder") << QByteArray("mkdir /etc/test/file");
+    QTest::newRow("pipe") << QByteArray("mkfifo /etc/test/file");
+    QTest::newRow("endless device") << QByteArray("ln -s /dev/zero /etc/test/file");
+    QTest::newRow("link into a missing folder") << QByteArray("ln -s /nowhere/f /etc/test/file");
+}
+
+void ServiceFileTest::whatIsNoFileIsLeftAlone()
+{
+    QFETCH(QByteArray, maker);
+    QCOMPARE(std::system(maker.constData()), 0);
+    struct stat before = {};
+    QCOMPARE(lstat("/etc/test/file", &before), 0);
+
+    Write("/etc/test/file", "new");
+
+    struct stat after = {};
+    QCOMPARE(lstat("/etc/test/file", &after), 0);
+    QCOMPARE(after.st_ino, before.st_ino);
+    QCOMPARE(QDir("/etc/test").entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+             QStringList("file"));
+}
+
+void ServiceFileTest::hugeFileIsLeftAlone()
+{
+    Board::WriteFile("/etc/test/file", "old");
+    QCOMPARE(truncate("/etc/test/file", 20000000), 0);
+
+    QCOMPARE(ReadServiceFile("/etc/test/file"), QByteArray());
+    Write("/etc/test/file", "new");
+
+    QCOMPARE(QFileInfo("/etc/test/file").size(), 20000000);
+}
+
+void ServiceFileTest::fullDiskKeepsTheOldFile()
+{
+    QVERIFY(QDir().mkpath("/mnt/small"));
+    QCOMPARE(mount("none", "/mnt/small", "tmpfs", 0, "size=64k"), 0);
+    const QByteArray old(5000, 'x');
+    const QByteArray changed(5000, 'y');
+    Board::WriteFile("/mnt/small/file", old);
+    QFile rest("/mnt/small/rest");
+    QVERIFY(rest.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (rest.write(QByteArray(4096, 'y')) == 4096) {
+    }
+    rest.close();
+
+    Write("/mnt/small/file", changed);
+
+    QCOMPARE(Board::ReadFile("/mnt/small/file"), old);
+    QCOMPARE(QDir("/mnt/small").entryList(QDir::Files), QStringList({"file", "rest"}));
+
+    QVERIFY(rest.remove());
+    Write("/mnt/small/file", changed);
+    QCOMPARE(Board::ReadFile("/mnt/small/file"), changed);
+    QCOMPARE(umount("/mnt/small"), 0);
+}
+
+void ServiceFileTest::readOnlyDiskKeepsTheOldFile()
+{
+    QVERIFY(QDir().mkpath("/mnt/fixed"));
+    QCOMPARE(mount("none", "/mnt/fixed", "tmpfs", 0, nullptr), 0);
+    Board::WriteFile("/mnt/fixed/file", "old");
+    QCOMPARE(mount("none", "/mnt/fixed", nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+
+    Write("/mnt/fixed/file", "new");
+
+    QCOMPARE(Board::ReadFile("/mnt/fixed/file"), QByteArray("old"));
+    QCOMPARE(umount("/mnt/fixed"), 0);
+}
+
+void ServiceFileTest::writingKilledHalfwayLeavesTheOldFile()
+{
+    Board::WriteFile("/etc/test/file", "old");
+
+    const pid_t writer = fork();
+    if (writer == 0) {
+        // The system ends whoever writes more than that into a file.
+        const rlimit limit = {1000, 1000};
+        const rlimit noCore = {0, 0};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        setrlimit(RLIMIT_CORE, &noCore);
+        Write("/etc/test/file", QByteArray(5000, 'x'));
+        _exit(0);
+    }
+    int status = 0;
+    QCOMPARE(waitpid(writer, &status, 0), writer);
+
+    QVERIFY(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ);
+    QCOMPARE(Board::ReadFile("/etc/test/file"), QByteArray("old"));
+}
+
+void ServiceFileTest::killedWritingLeavesTheOldOrTheNewFile()
+{
+    // Large enough for a writing to take its time.
+    const QByteArray first(40000, '1');
+    const QByteArray second(40000, '2');
+    Board::WriteFile("/etc/test/file", first);
+
+    int changes = 0;
+    QByteArray last = first;
+    for (int i = 0; i < 40; ++i) {
+        const pid_t writer = fork();
+        if (writer == 0) {
+            for (int n = 0;; ++n) {
+                Write("/etc/test/file", n % 2 != 0 ? first : second);
+            }
+        }
+        // Any moment will do: each round takes another.
+        usleep(20000 + 17777 * i % 50000);
+        kill(writer, SIGKILL);
+        QCOMPARE(waitpid(writer, nullptr, 0), writer);
+
+        const QByteArray content = Board::ReadFile("/etc/test/file");
+        QVERIFY(content == first || content == second);
+        changes += content != last ? 1 : 0;
+        last = content;
+    }
+    QVERIFY(changes > 0);
+}
+
+QTEST_GUILESS_MAIN(ServiceFileTest)
+#include "ServiceFileTest.moc"

@@ -9,7 +9,29 @@ Usage: run.sh [tour | vnc [PORT]] [--size WIDTHxHEIGHT]
   tour        presses every check, prints what each showed, saves pictures in out/tour
   vnc [PORT]  shows the program to a VNC viewer at localhost:PORT (5900)
 TEXT
+}
+
+refuse() {
+    echo "run.sh: $1 (run.sh --help shows what there is)" >&2
     exit 2
+}
+
+# Whether the text is a number from 1 to the largest; leading zeros are none.
+is_number() {
+    case $1 in
+    '' | 0* | *[!0-9]* | ??????*) return 1 ;;
+    esac
+    [ "$1" -le "$2" ]
+}
+
+is_size() {
+    case $1 in *x*) is_number "${1%x*}" 9999 && is_number "${1#*x}" 9999 ;; *) false ;; esac
+}
+
+# Whether a program of this machine listens on the TCP port.
+is_taken() {
+    cat /proc/net/tcp /proc/net/tcp6 2>/dev/null |
+        grep -q ": [0-9A-F]*:$(printf %04X "$1") [0-9A-F:]* 0A "
 }
 
 cd "$(dirname "$0")"
@@ -18,16 +40,36 @@ port=5900
 size=1024x600
 while [ $# -gt 0 ]; do
     case $1 in
-    tour) what=tour ;;
-    vnc)
-        what=vnc
-        case ${2:-} in [0-9]*) port=$2; shift ;; esac
+    --help | -h)
+        usage
+        exit
         ;;
-    --size) size=${2:?}; shift ;;
-    *) usage ;;
+    tour | vnc)
+        [ -z "$what" ] || refuse "'$1' after '$what': only one of them can be shown"
+        what=$1
+        case $1:${2:-} in
+        tour:* | vnc: | vnc:--*) ;;
+        *)
+            is_number "$2" 65535 || refuse "'$2' is no port: it takes a number from 1 to 65535"
+            port=$2
+            shift
+            ;;
+        esac
+        ;;
+    --size)
+        [ $# -gt 1 ] || refuse "--size takes a value, such as 800x480"
+        size=$2
+        is_size "$size" || refuse "'$size' is no size: it takes two numbers, such as 800x480"
+        shift
+        ;;
+    *) refuse "'$1' is unknown" ;;
     esac
     shift
 done
+if [ "$what" = vnc ] && is_taken "$port"; then
+    echo "run.sh: port $port is taken: try another one, such as ./run.sh vnc 5901" >&2
+    exit 1
+fi
 if [ -z "$what" ]; then
     what=window
     if [ -z "${DISPLAY:-}" ]; then

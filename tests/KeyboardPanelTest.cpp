@@ -6,6 +6,7 @@
 #include "tests/Operate.h"
 
 #include <QComboBox>
+#include <QLibraryInfo>
 #include <QPushButton>
 #include <QQuickItem>
 #include <QQuickWidget>
@@ -24,7 +25,8 @@
 namespace
 {
 
-const char* const layoutsModule = "/usr/lib/x86_64-linux-gnu/qt5/qml/QtQuick/Layouts";
+const QByteArray layoutsModule =
+    QLibraryInfo::location(QLibraryInfo::Qml2ImportsPath).toLocal8Bit() + "/QtQuick/Layouts";
 
 QStringList g_warnings;
 

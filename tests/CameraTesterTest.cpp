@@ -76,6 +76,7 @@ private slots:
     void cameraThatVanishesLeavesThePageUsable();
     void cameraThatCannotBeOpenedLeavesThePageUsable();
     void manyOpeningsLeaveNothingBehind();
+    void secondCameraMayBeOpenedBeforeTheFirstIsClosed();
 
     void cameraOfTheKernelShowsAPicture();
 
@@ -361,6 +362,26 @@ void CameraTesterTest::manyOpeningsLeaveNothingBehind()
     Press(m_page.get(), "btnclose");
     QCOMPARE(Uses().count("open video0"), 101);
     QCOMPARE(Uses().count("close video0"), 101);
+}
+
+// Not what the page does, but what Qt lets a program do.
+void CameraTesterTest::secondCameraMayBeOpenedBeforeTheFirstIsClosed()
+{
+    const auto open = [this](const QByteArray& device) {
+        auto camera = std::make_unique<QCamera>(device);
+        camera->setViewfinder(Viewfinder());
+        camera->start();
+        return camera;
+    };
+    std::unique_ptr<QCamera> camera = open("video0");
+    QTRY_COMPARE(Picture(), front);
+
+    camera = open("video1");
+
+    QTRY_COMPARE(Picture(), rear);
+    QCOMPARE(Uses(), QStringList({"open video0", "open video1", "close video0"}));
+    camera.reset();
+    QCOMPARE(Uses().last(), QString("close video1"));
 }
 
 void CameraTesterTest::cameraOfTheKernelShowsAPicture()

@@ -31,10 +31,7 @@ void Note(const QByteArray& what, const QByteArray& device)
 
 } // namespace
 
-CameraSelector::CameraSelector(QObject* parent)
-    : QVideoDeviceSelectorControl(parent), m_cameras(CamerasOfTheBoard())
-{
-}
+CameraSelector::CameraSelector() : m_cameras(CamerasOfTheBoard()) {}
 
 BoardCamera CameraSelector::Selected() const
 {
@@ -110,8 +107,8 @@ void CameraRenderer::setSurface(QAbstractVideoSurface* surface)
     m_surface = surface;
 }
 
-CameraSwitch::CameraSwitch(CameraSelector* selector, CameraRenderer* renderer, QObject* parent)
-    : QCameraControl(parent), m_selector(selector), m_renderer(renderer)
+CameraSwitch::CameraSwitch(CameraSelector& selector, CameraRenderer& renderer)
+    : m_selector(selector), m_renderer(renderer)
 {
     connect(&m_frames, &QTimer::timeout, this, &CameraSwitch::OnFrame);
 }
@@ -170,19 +167,19 @@ bool CameraSwitch::canChangeProperty(PropertyChangeType /*change*/,
 
 void CameraSwitch::OnFrame()
 {
-    const BoardCamera camera = m_selector->Selected();
+    const BoardCamera camera = m_selector.Selected();
     if (camera.device.isEmpty()) {
         Close();
         SetStatus(QCamera::UnavailableStatus);
         emit error(QCamera::CameraError, "No such device");
         return;
     }
-    m_renderer->Show(camera.colour);
+    m_renderer.Show(camera.colour);
 }
 
 bool CameraSwitch::Open()
 {
-    const BoardCamera camera = m_selector->Selected();
+    const BoardCamera camera = m_selector.Selected();
     if (camera.device.isEmpty()) {
         emit error(QCamera::CameraError, "No such device");
         return false;
@@ -204,7 +201,7 @@ void CameraSwitch::Close()
     if (m_openDevice.isEmpty()) {
         return;
     }
-    m_renderer->Stop();
+    m_renderer.Stop();
     OpenCameras().remove(m_openDevice);
     Note("close", m_openDevice);
     m_openDevice.clear();
@@ -218,23 +215,18 @@ void CameraSwitch::SetStatus(QCamera::Status status)
     }
 }
 
-CameraService::CameraService() : QMediaService(nullptr)
-{
-    m_selector = new CameraSelector(this);
-    m_renderer = new CameraRenderer(this);
-    m_switch = new CameraSwitch(m_selector, m_renderer, this);
-}
+CameraService::CameraService() : QMediaService(nullptr) {}
 
 QMediaControl* CameraService::requestControl(const char* name)
 {
     if (std::strcmp(name, QVideoDeviceSelectorControl_iid) == 0) {
-        return m_selector;
+        return &m_selector;
     }
     if (std::strcmp(name, QVideoRendererControl_iid) == 0) {
-        return m_renderer;
+        return &m_renderer;
     }
     if (std::strcmp(name, QCameraControl_iid) == 0) {
-        return m_switch;
+        return &m_switch;
     }
     return nullptr;
 }

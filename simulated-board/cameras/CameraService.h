@@ -16,7 +16,7 @@ class CameraSelector : public QVideoDeviceSelectorControl
     Q_OBJECT
 
 public:
-    explicit CameraSelector(QObject* parent);
+    CameraSelector();
 
     /// The chosen camera, invalid when it has been pulled out.
     BoardCamera Selected() const;
@@ -39,8 +39,6 @@ class CameraRenderer : public QVideoRendererControl
     Q_OBJECT
 
 public:
-    explicit CameraRenderer(QObject* parent) : QVideoRendererControl(parent) {}
-
     void Show(const QColor& colour);
     void Stop();
 
@@ -58,7 +56,7 @@ class CameraSwitch : public QCameraControl
     Q_OBJECT
 
 public:
-    CameraSwitch(CameraSelector* selector, CameraRenderer* renderer, QObject* parent);
+    CameraSwitch(CameraSelector& selector, CameraRenderer& renderer);
     ~CameraSwitch() override;
 
     QCamera::State state() const override;
@@ -77,8 +75,8 @@ private:
     void Close();
     void SetStatus(QCamera::Status status);
 
-    CameraSelector* m_selector = nullptr;
-    CameraRenderer* m_renderer = nullptr;
+    CameraSelector& m_selector;
+    CameraRenderer& m_renderer;
     QTimer m_frames;
     QByteArray m_openDevice;
     QCamera::State m_state = QCamera::UnloadedState;
@@ -98,7 +96,8 @@ public:
     void releaseControl(QMediaControl* control) override;
 
 private:
-    CameraSelector* m_selector = nullptr;
-    CameraRenderer* m_renderer = nullptr;
-    CameraSwitch* m_switch = nullptr;
+    CameraSelector m_selector;
+    CameraRenderer m_renderer;
+    // Last, so that an open camera closes while it still has its renderer.
+    CameraSwitch m_switch{m_selector, m_renderer};
 };

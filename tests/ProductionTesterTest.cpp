@@ -19,6 +19,10 @@
 #include <memory>
 #include <random>
 
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
 Q_DECLARE_METATYPE(FlashingRun)
 
 namespace
@@ -107,6 +111,7 @@ private slots:
     void verdictIsTheSameForEveryChunking();
     void bareReturnsEndLinesToo();
     void simulatedBoardPlaysALog();
+    void simulatedBoardWaitsForThePage();
     void resultsStandBehindTheirLinesInTheDetail();
     void secondBoardWithoutResetInheritsTheFirst();
     void successWithOnlyOneHalfIsDoubted_data();
@@ -432,6 +437,23 @@ void ProductionTesterTest::simulatedBoardPlaysALog()
     run.selfTestPasses = false;
     QTRY_COMPARE_WITH_TIMEOUT(Summary(), opened + ResultsOf(run), 60000);
     QVERIFY(Detail().count('\n') > 1000);
+}
+
+void ProductionTesterTest::simulatedBoardWaitsForThePage()
+{
+    m_page.reset();
+    Board::Become("port ttyS2 log good\n");
+    const int port = open("/dev/ttyS2", O_RDONLY | O_NOCTTY);
+    pollfd state = {port, POLLIN, 0};
+    QCOMPARE(poll(&state, 1, 1000), 0);
+    close(port);
+
+    Rebuild();
+
+    QTRY_COMPARE_WITH_TIMEOUT(Summary(), opened + ResultsOf({}), 60000);
+    // What is put on the bench at Reset is another board.
+    Press(m_page.get(), "btnReset");
+    QTRY_COMPARE_WITH_TIMEOUT(Summary(), opened + ResultsOf({}), 60000);
 }
 
 void ProductionTesterTest::resultsStandBehindTheirLinesInTheDetail()

@@ -88,8 +88,7 @@ void WriteStart(Writer& log, const FlashingRun& run)
     log.Line(Writer::Loader, "HELLO! BOOT0 is starting!");
     log.Line(Writer::Loader, "boot0 commit : 8d2f3c");
     log.Line(Writer::Loader, "dram size = 1024 MB");
-    // Long enough that what a port drops when it is opened late is no milestone yet.
-    for (int i = 0; i < 320; ++i) {
+    for (int i = 0; i < 60; ++i) {
         log.Line(Writer::Loader, "dram para[" + std::to_string(i) + "] = 0x" +
                                      std::to_string(10000 + log.Below(80000)));
     }

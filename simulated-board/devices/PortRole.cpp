@@ -4,14 +4,14 @@
 #include "simulated-board/devices/FlashingLog.h"
 
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
-#include <thread>
 
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace
@@ -78,7 +78,8 @@ public:
     void Run(int master) override { WriteAll(master, ReadSome(master)); }
 };
 
-/// Prints the log of board after board at the speed of the line, with a silence after each.
+/// Prints the log of a board that is put on the bench when the port has been opened and cleared,
+/// and of another one after a silence. A serial line waits for nobody: what is not read is lost.
 class Log : public PortRole
 {
 public:
@@ -86,17 +87,43 @@ public:
 
     void Run(int master) override
     {
+        // In packet mode the terminal tells this end when the other one clears the port.
+        const int on = 1;
+        Check(ioctl(master, TIOCPKT, &on), "packet mode");
+        Check(fcntl(master, F_SETFL, O_NONBLOCK), "non-blocking mode");
         const std::size_t chunk = 115;
-        for (;;) {
-            for (std::size_t at = 0; at < m_log.size(); at += chunk) {
-                WriteAll(master, std::string_view(m_log).substr(at, chunk));
-                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        while (!IsCleared(master, -1)) {
+        }
+        for (std::size_t at = 0;;) {
+            const std::string part = m_log.substr(at, chunk);
+            Check(write(master, part.data(), part.size()), "write");
+            at += chunk;
+            const bool isOver = at >= m_log.size();
+            if (IsCleared(master, isOver ? 5000 : 10) || isOver) {
+                at = 0;
             }
-            std::this_thread::sleep_for(std::chrono::seconds(5));
         }
     }
 
 private:
+    /// Whether the port is cleared within that time; what the board writes is let go.
+    static bool IsCleared(int master, int milliseconds)
+    {
+        pollfd port = {master, POLLIN, 0};
+        if (poll(&port, 1, milliseconds) <= 0) {
+            return false;
+        }
+        const std::string packet = ReadSome(master);
+        return (packet.at(0) & TIOCPKT_FLUSHREAD) != 0;
+    }
+
+    static void Check(ssize_t result, const char* what)
+    {
+        if (result < 0 && errno != EAGAIN) {
+            throw std::system_error(errno, std::generic_category(), what);
+        }
+    }
+
     std::string m_log;
 };
 

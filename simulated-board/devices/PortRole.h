@@ -21,8 +21,9 @@ public:
 ///   flood        a partner that talks as fast as it is read, without a line end
 ///   vanishing    an adapter that gives back the first bytes and is then pulled out
 ///   log [good|bad|no-uboot|stuck]
-///                boards being flashed, one after another: the whole log of each at the speed of
-///                the line; "bad" fails the self-test, "stuck" stops without a word
+///                boards being flashed, the first one when the port has been opened and cleared:
+///                the whole log of each at the speed of the line; "bad" fails the self-test,
+///                "stuck" stops without a word
 ///   modem        the AT port of the 4G modem; keeps what it was sent in /run/board/received/modem
 ///   controller   the companion controller with the buzzer and the clock
 /// Throws std::invalid_argument for another name.

@@ -52,7 +52,7 @@ int TourTest::TakeTour(const QByteArray& board)
 
 void TourTest::goodBoardPasses()
 {
-    const int status = TakeTour(Board::ReadFile(m_home + "/boards/default.board"));
+    const int status = TakeTour(Board::ReadFile(m_home + "/../boards/default.board"));
 
     QVERIFY2(status == 0, qPrintable(m_lines.join('\n')));
     QVERIFY(m_lines.contains("home | reboot | sync, reboot | ok"));

@@ -49,6 +49,6 @@ expect "missing bubblewrap" "apt-get install bubblewrap" env PATH="$tools" "$boa
 printf 'no-such-keyword 1\n' >"$tools/wrong.board"
 expect "unknown keyword" "no such keyword" "$board" --description "$tools/wrong.board" -- true
 
-expect "outside the sandbox" "works on the simulated board only" "$(dirname "$board")/apply"
+expect "outside the sandbox" "works on the simulated board only" "$(dirname "$board")/inside/apply"
 
 exit "$failures"

@@ -52,7 +52,8 @@ QByteArray Escaped(const QByteArray& name)
 
 } // namespace
 
-/// The page's commands, given to the real supplicant through its real client.
+/// The page's commands, given to the real supplicant through its real client; and to the simulated
+/// board's, which must do the same with them.
 class WpaSupplicantTest : public QObject
 {
     Q_OBJECT
@@ -67,9 +68,12 @@ private slots:
     void passphraseIsHeldAsItIs_data();
     void passphraseIsHeldAsItIs();
     void statusOfTheRealOneIsUnderstood();
+    void simulatedOneJoinsWhatItHasTheKeyOf_data();
+    void simulatedOneJoinsWhatItHasTheKeyOf();
 
 private:
     void Start(const QString& driver);
+    void StartTheRealOne(const QString& driver);
     void Join(const QByteArray& name, const QString& passphrase);
 
     QProcess* m_supplicant = nullptr;
@@ -88,8 +92,6 @@ void WpaSupplicantTest::init()
     MoskSettings::GetInstance()->SetValue("Language", "english");
     MoskTranslator::Reload();
     Board::Become("wlan0 up\n");
-    Board::PutTool("wpa_cli",
-                   QByteArray(". \"$BOARD_HOME/record.sh\"\nexec ") + clientPath + " \"$@\"");
     Board::PutTool("udhcpc", "exit 0");
     Board::WriteFile(configurationPath, "ctrl_interface=/var/run/wpa_supplicant\n"
                                         "update_config=1\n");
@@ -110,12 +112,21 @@ void WpaSupplicantTest::cleanup()
 
 void WpaSupplicantTest::Start(const QString& driver)
 {
+    if (driver != "simulated") {
+        StartTheRealOne(driver);
+    }
+    m_page = new ToolWifiTest(nullptr);
+    m_page->show();
+}
+
+/// The board's own supplicant makes room for it.
+void WpaSupplicantTest::StartTheRealOne(const QString& driver)
+{
+    QCOMPARE(Ask({"terminate"}), QByteArray("OK\n"));
     m_supplicant = new QProcess;
     m_supplicant->setProcessChannelMode(QProcess::MergedChannels);
     m_supplicant->start(supplicantPath, {"-i", "wlan0", "-D", driver, "-c", configurationPath});
     QTRY_VERIFY2(Ask({"ping"}) == "PONG\n", m_supplicant->peek(10000).constData());
-    m_page = new ToolWifiTest(nullptr);
-    m_page->show();
 }
 
 void WpaSupplicantTest::Join(const QByteArray& name, const QString& passphrase)
@@ -130,7 +141,7 @@ void WpaSupplicantTest::nameIsHeldAsItIs_data()
     QTest::addColumn<QString>("driver");
     QTest::addColumn<QByteArray>("name");
 
-    for (const char* driver : {"wired", "none"}) {
+    for (const char* driver : {"wired", "none", "simulated"}) {
         for (const char* name : {"Bench",
                                  "a'b",
                                  "a';reboot;'",
@@ -179,7 +190,7 @@ void WpaSupplicantTest::passphraseIsHeldAsItIs_data()
     QTest::addColumn<QString>("driver");
     QTest::addColumn<QString>("passphrase");
 
-    for (const char* driver : {"wired", "none"}) {
+    for (const char* driver : {"wired", "none", "simulated"}) {
         for (const char* passphrase :
              {"12345678", "it's a bench", "';reboot;'x", "say \"hello\"", "\"quoted\"",
               "back\\slash", "ends in \\", "$(reboot) `reboot`", "  blanks  ", "a;b&c|d>e#f",
@@ -216,6 +227,51 @@ void WpaSupplicantTest::statusOfTheRealOneIsUnderstood()
     QCOMPARE(InGrid<QLineEdit>(m_page, 0, 1)->text(), QString("Disconnect"));
     Press(m_page, "btnScan");
     QCOMPARE(m_page->findChild<QComboBox*>()->count(), 0);
+}
+
+void WpaSupplicantTest::simulatedOneJoinsWhatItHasTheKeyOf_data()
+{
+    QTest::addColumn<QByteArray>("network");
+    QTest::addColumn<QStringList>("variables");
+    QTest::addColumn<QByteArray>("state");
+
+    const QString key = "psk=\"12345678\"";
+    QTest::newRow("passphrase") << QByteArray("12345678") << QStringList{key}
+                                << QByteArray("COMPLETED");
+    QTest::newRow("wrong passphrase")
+        << QByteArray("87654321") << QStringList{key} << QByteArray("SCANNING");
+    QTest::newRow("no passphrase")
+        << QByteArray("12345678") << QStringList() << QByteArray("SCANNING");
+    QTest::newRow("open") << QByteArray("-") << QStringList{"key_mgmt=NONE"}
+                          << QByteArray("COMPLETED");
+    QTest::newRow("open, with a passphrase")
+        << QByteArray("-") << QStringList{key} << QByteArray("SCANNING");
+    QTest::newRow("hidden") << QByteArray("12345678 hidden") << QStringList{key}
+                            << QByteArray("SCANNING");
+    QTest::newRow("hidden, by its name")
+        << QByteArray("12345678 hidden") << QStringList{key, "scan_ssid=1"}
+        << QByteArray("COMPLETED");
+    QTest::newRow("slow") << QByteArray("12345678 slow") << QStringList{key}
+                          << QByteArray("ASSOCIATING");
+}
+
+void WpaSupplicantTest::simulatedOneJoinsWhatItHasTheKeyOf()
+{
+    QFETCH(QByteArray, network);
+    QFETCH(QStringList, variables);
+    QFETCH(QByteArray, state);
+    Board::Become("wlan0 up\nnetwork Bench -50 " + network + "\n");
+
+    QCOMPARE(Ask({"add_network"}), QByteArray("0\n"));
+    for (const QString& variable : QStringList("ssid=\"Bench\"") + variables) {
+        const QStringList set = {"set_network", "0", variable.section('=', 0, 0),
+                                 variable.section('=', 1)};
+        QCOMPARE(Ask(set), QByteArray("OK\n"));
+    }
+    QCOMPARE(Ask({"enable_network", "0"}), QByteArray("OK\n"));
+
+    const QByteArray status = Ask({"status"});
+    QVERIFY2(status.contains("wpa_state=" + state + "\n"), status.constData());
 }
 
 QTEST_MAIN(WpaSupplicantTest)

@@ -2,30 +2,47 @@
 
 #include <QDebug>
 #include <QSerialPort>
+#include <QTimer>
 
 #include <poll.h>
 
 namespace
 {
 
-/// Why a port cannot be read. A device that is gone reads as an end of file, which is no error to
-/// the system: what the port reports then is the reason of some earlier call.
-QString ReasonOf(const QSerialPort* port)
+/// How long a port's reading rests after a read that brought nothing, in milliseconds. At 115200
+/// baud the system gathers some hundred bytes meanwhile, of the four thousand that it can.
+const int pauseMs = 10;
+
+/// Whether the device itself is gone, such as an adapter that was unplugged.
+bool HasHungUp(const QSerialPort* port)
 {
     pollfd state = {port->handle(), POLLIN, 0};
-    const bool isGone = poll(&state, 1, 0) > 0 && (state.revents & (POLLHUP | POLLERR)) != 0;
-    return isGone ? QString("hung up") : port->errorString();
+    return poll(&state, 1, 0) > 0 && (state.revents & (POLLHUP | POLLERR)) != 0;
 }
 
-/// Closes a port that can no longer be read. Left open it would report the same error without end.
-void CloseVanishedPort(QSerialPort* port, const QString& device, QSerialPort::SerialPortError error)
+/// Has a port read on. After some errors it stops until it is asked for data again. To peek takes
+/// nothing from it.
+void ReadOn(QSerialPort* port)
 {
-    const bool vanished = error == QSerialPort::ReadError || error == QSerialPort::ResourceError;
-    if (!vanished || !port->isOpen()) {
+    if (port->isOpen()) {
+        port->peek(1);
+    }
+}
+
+/// Closes a port whose device is gone; left open it would report the same error without end. A
+/// device that is there and gave nothing is read on: a getty or a shell that reads it as well was
+/// faster. What the port calls the reason is then that of some earlier call.
+void OnReadError(QSerialPort* port, const QString& device)
+{
+    if (!port->isOpen()) {
         return;
     }
-    qDebug().noquote() << QString("Lost device:%1, %2").arg(device).arg(ReasonOf(port));
-    port->close();
+    if (HasHungUp(port)) {
+        qDebug().noquote() << QString("Lost device:%1, hung up").arg(device);
+        port->close();
+        return;
+    }
+    QTimer::singleShot(pauseMs, port, [port] { ReadOn(port); });
 }
 
 } // namespace
@@ -50,7 +67,9 @@ bool OpenUart(QSerialPort* port, const QString& device)
     QObject::connect(
         port, &QSerialPort::errorOccurred, port,
         [port, device](QSerialPort::SerialPortError error) {
-            CloseVanishedPort(port, device, error);
+            if (error == QSerialPort::ReadError || error == QSerialPort::ResourceError) {
+                OnReadError(port, device);
+            }
         },
         Qt::QueuedConnection);
     return true;

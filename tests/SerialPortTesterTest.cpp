@@ -12,10 +12,16 @@
 #include <QPushButton>
 #include <QSerialPort>
 #include <QSignalSpy>
+#include <QSocketNotifier>
 #include <QTextDocument>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <cerrno>
 #include <memory>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace
 {
@@ -26,6 +32,35 @@ int OpenDescriptors()
 {
     return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
 }
+
+/// Another program that reads a port, such as a getty, had it open before the page and is always
+/// the faster one. `lastError` is what its reading leaves in errno.
+class SecondReader
+{
+public:
+    SecondReader(const char* device, int lastError)
+        : m_descriptor(open(device, O_RDWR | O_NOCTTY | O_NONBLOCK)),
+          m_notifier(m_descriptor, QSocketNotifier::Read)
+    {
+        QObject::connect(&m_notifier, &QSocketNotifier::activated, [this, lastError] {
+            char bytes[64];
+            const ssize_t count = read(m_descriptor, bytes, sizeof bytes);
+            m_taken.append(bytes, static_cast<int>(std::max<ssize_t>(count, 0)));
+            errno = lastError;
+        });
+    }
+
+    ~SecondReader() { close(m_descriptor); }
+
+    QByteArray Taken() const { return m_taken; }
+
+    void Stop() { m_notifier.setEnabled(false); }
+
+private:
+    int m_descriptor;
+    QSocketNotifier m_notifier;
+    QByteArray m_taken;
+};
 
 } // namespace
 
@@ -67,6 +102,9 @@ private slots:
     void unpluggedWhileSendingNeitherSpinsNorSticks();
     void pluggedInAgainOpensAgain();
     void adapterThatVanishesByItself();
+
+    void secondReaderLeavesThePortOpen_data();
+    void secondReaderLeavesThePortOpen();
 
     void leavingThePageReleasesThePort_data();
     void leavingThePageReleasesThePort();
@@ -445,6 +483,44 @@ void SerialPortTesterTest::adapterThatVanishesByItself()
     QTRY_VERIFY(!Port()->isOpen());
     Press(m_page.get(), "btnOpenCom");
     QCOMPARE(OpenButton()->text(), OpenText());
+}
+
+void SerialPortTesterTest::secondReaderLeavesThePortOpen_data()
+{
+    QTest::addColumn<int>("lastError");
+    // An empty read sets no error, so the port reports the last one of some other call.
+    QTest::newRow("after no error") << 0;
+    QTest::newRow("after one that stops the port's reading") << EAGAIN;
+}
+
+void SerialPortTesterTest::secondReaderLeavesThePortOpen()
+{
+    QFETCH(int, lastError);
+    PseudoTerminal terminal("/dev/ttyS2");
+    SecondReader second("/dev/ttyS2", lastError);
+    Open();
+    QSignalSpy errors(Port(), &QSerialPort::errorOccurred);
+
+    for (int i = 1; i <= 3; ++i) {
+        terminal.Write("login: ");
+        QTRY_COMPARE(second.Taken(), QByteArray("login: ").repeated(i));
+    }
+    // The operator's port has found nothing to read, and does not go on about it.
+    QTRY_VERIFY(errors.count() >= 1);
+    QTest::qWait(100);
+    QVERIFY2(errors.count() <= 3, qPrintable(QString::number(errors.count())));
+    QVERIFY(Port()->isOpen());
+    QCOMPARE(Received(), QString());
+
+    second.Stop();
+    terminal.Write("for the operator");
+    QTRY_COMPARE(Received(), QString("for the operator"));
+    Press(m_page.get(), "btnSendCom");
+    QVERIFY(terminal.WaitFor("Hello MOSK!\n"));
+
+    QTest::ignoreMessage(QtDebugMsg, "Lost device:/dev/ttyS2, hung up");
+    terminal.Vanish();
+    QTRY_VERIFY(!Port()->isOpen());
 }
 
 void SerialPortTesterTest::leavingThePageReleasesThePort_data()

@@ -33,6 +33,21 @@ void NoteFailure(bool ok, const char* call, const char* interface)
     }
 }
 
+/// Closes a socket and has its number stand for nothing, so that no other file is given it. Returns
+/// the number; -1 when it could not be kept.
+int CloseAndKeepNumber(int socket, const char* interface)
+{
+    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
+    NoteFailure(nothing >= 0, "open /dev/null", interface);
+    if (nothing < 0) {
+        ::close(socket);
+        return -1;
+    }
+    dup3(nothing, socket, O_CLOEXEC);
+    ::close(nothing);
+    return socket;
+}
+
 } // namespace
 
 CanTester::CanTester(QWidget* parent) : QWidget(parent)
@@ -62,8 +77,10 @@ CanTester::CanTester(QWidget* parent) : QWidget(parent)
 
 CanTester::~CanTester()
 {
-    StopCan();
     StopReceiver();
+    if (m_socket >= 0) {
+        ::close(m_socket);
+    }
 }
 
 void CanTester::StartCan(int which)
@@ -102,7 +119,7 @@ void CanTester::StopCan()
     }
     StopReceiver();
     // The number stays: the page opens the bus once, and its button then stays on Open.
-    ::close(m_socket);
+    m_socket = CloseAndKeepNumber(m_socket, qUtf8Printable(m_chooser->currentText()));
 }
 
 void CanTester::StopReceiver()

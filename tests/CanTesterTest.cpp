@@ -12,9 +12,11 @@
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
+#include <QTemporaryFile>
 #include <QVBoxLayout>
 
 #include <memory>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -28,6 +30,18 @@ namespace
 int Count(const char* what)
 {
     return QDir(QString("/proc/self/") + what).entryList(QDir::AllEntries | QDir::System).size();
+}
+
+/// The threads of this process that receive from a bus. Qt names a thread after its class.
+int ReceivingThreads()
+{
+    int count = 0;
+    for (const QString& task :
+         QDir("/proc/self/task").entryList(QDir::NoDotAndDotDot | QDir::Dirs)) {
+        QFile name("/proc/self/task/" + task + "/comm");
+        count += name.open(QIODevice::ReadOnly) && name.readAll() == "CanThread\n" ? 1 : 0;
+    }
+    return count;
 }
 
 can_frame Frame(canid_t identifier, const QByteArray& bytes)
@@ -53,7 +67,6 @@ private slots:
     void rowsStandAsDesigned();
     void pageIsInTheLanguageOfTheProgram();
 
-
     void openBindsCan0();
     void firstInterfaceIsTheOneAskedFor();
     void openTwiceStaysAsItIs();
@@ -72,7 +85,8 @@ private slots:
     void sendWithoutBusIsSilent();
 
     void pageOpensTheBusOnce();
-    void staleNumberIsWrittenToAndClosedAgain();
+    void closeEndsTheThread();
+    void closedNumberReachesNoOtherFile();
     void freshPageOpensTheBusAgain();
     void kernelWithoutCanIsSilent();
     void missingInterfaceIsSilent();
@@ -408,24 +422,42 @@ void CanTesterTest::pageOpensTheBusOnce()
     }
 }
 
-// The page keeps the number of its closed socket, and whoever is given that number meets it.
-void CanTesterTest::staleNumberIsWrittenToAndClosedAgain()
+void CanTesterTest::closeEndsTheThread()
 {
-    const int free = dup(0);
-    close(free);
+    QCOMPARE(ReceivingThreads(), 0);
+    Open();
+    QTRY_COMPARE(ReceivingThreads(), 1);
+    Press(m_page.get(), "btnOpenCom");
+    // A thread that has just ended is listed for a moment.
+    QTRY_COMPARE(ReceivingThreads(), 0);
+}
+
+// The page keeps the number of its closed socket, goes on writing to it and closes it again.
+void CanTesterTest::closedNumberReachesNoOtherFile()
+{
+    QTemporaryFile file;
+    QVERIFY(file.open());
     Open();
     Press(m_page.get(), "btnOpenCom");
 
-    int ends[2];
-    QCOMPARE(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends), 0);
-    QCOMPARE(ends[0], free);
-    Press(m_page.get(), "btnSendCom");
-    can_frame frame = {};
-    QCOMPARE(read(ends[1], &frame, sizeof frame), static_cast<ssize_t>(sizeof frame));
-    QCOMPARE(frame.can_id, CAN_EFF_FLAG | 1);
-    Press(m_page.get(), "btnOpenCom");
-    QCOMPARE(fcntl(ends[0], F_GETFD), -1);
-    close(ends[1]);
+    // Whoever opens files now is given every number that is free.
+    std::vector<int> numbers(32);
+    for (int& number : numbers) {
+        number = dup(file.handle());
+    }
+    for (int i = 0; i < 2; ++i) {
+        Press(m_page.get(), "btnSendCom");
+        Press(m_page.get(), "btnOpenCom");
+        QCOMPARE(OpenButton()->text(), QString("Open"));
+    }
+    m_page.reset();
+
+    QVERIFY(m_bus->Receive(0).isEmpty());
+    QCOMPARE(file.size(), 0);
+    for (const int number : numbers) {
+        QVERIFY(fcntl(number, F_GETFD) >= 0);
+        close(number);
+    }
 }
 
 void CanTesterTest::freshPageOpensTheBusAgain()

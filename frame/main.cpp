@@ -4,6 +4,8 @@
 #include <QApplication>
 #include <QFile>
 
+#include <csignal>
+
 namespace
 {
 
@@ -21,6 +23,10 @@ void ApplyStyleSheet(QApplication& application)
 
 int main(int argc, char** argv)
 {
+    // The log's reader may end before the program. Commands that it starts get the default action
+    // back: from QProcess, and from RunShell() and ReadShell().
+    std::signal(SIGPIPE, SIG_IGN);
+
     // Both before the application exists, which picks its input method once. The keys are shown in
     // the main window (KeyboardPanel), not in a full-screen window of the input method's own.
     qputenv("QT_IM_MODULE", "qtvirtualkeyboard");

@@ -3,12 +3,48 @@
 #include <QDebug>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+namespace
+{
+
+/// While this lives, commands are started with the default action for SIGPIPE, which ends a command
+/// whose reader has gone. The program ignores the signal, so would they, and a shell cannot change
+/// that. A signal that has a handler here, even an idle one, starts with its default there.
+class DefaultSigPipe
+{
+public:
+    DefaultSigPipe()
+    {
+        struct sigaction action = {};
+        action.sa_handler = [](int /*signal*/) {};
+        action.sa_flags = SA_RESTART;
+        sigaction(SIGPIPE, &action, &m_before);
+    }
+
+    ~DefaultSigPipe() { sigaction(SIGPIPE, &m_before, nullptr); }
+
+    DefaultSigPipe(const DefaultSigPipe&) = delete;
+    DefaultSigPipe& operator=(const DefaultSigPipe&) = delete;
+
+private:
+    struct sigaction m_before = {};
+};
+
+FILE* OpenPipe(const QByteArray& command)
+{
+    const DefaultSigPipe forTheCommand;
+    return popen(command.constData(), "r");
+}
+
+} // namespace
+
 void RunShell(const QByteArray& command)
 {
+    const DefaultSigPipe forTheCommand;
     if (std::system(command.constData()) == -1) {
         qWarning("Cannot run \"%s\": %s", command.constData(), std::strerror(errno));
     }
@@ -16,7 +52,7 @@ void RunShell(const QByteArray& command)
 
 std::optional<QByteArray> ReadShell(const QByteArray& command, int limit)
 {
-    FILE* pipe = popen(command.constData(), "r");
+    FILE* pipe = OpenPipe(command);
     if (pipe == nullptr) {
         qWarning("Cannot run \"%s\": %s", command.constData(), std::strerror(errno));
         return std::nullopt;

@@ -24,6 +24,7 @@ private slots:
     void languageIsTheBoards_data();
     void languageIsTheBoards();
     void windowCoversTheScreen();
+    void logWithoutAReaderIsNoMatter();
 
 private:
     void Start(const QString& program);
@@ -118,6 +119,24 @@ void StartUpTest::windowCoversTheScreen()
         QCOMPARE(m_operator.Property("MoskTester", property).toInt(), value);
     }
     QCOMPARE(QImage::fromData(m_operator.Screenshot()).size(), QSize(1024, 600));
+}
+
+void StartUpTest::logWithoutAReaderIsNoMatter()
+{
+    Board::Become("language english\n");
+    PutOperatorAt(m_program);
+    QProcessEnvironment environment = m_program.processEnvironment();
+    // The program has much to say before it meets its operator.
+    environment.insert("QT_DEBUG_PLUGINS", "1");
+    m_program.setProcessEnvironment(environment);
+    // The reader of its log has gone before it starts.
+    m_program.start("bash", {"-c", "exec 2> >(exit); wait $!; exec \"$0\"", Built("MoskTest")});
+    QVERIFY(m_program.waitForStarted());
+
+    QVERIFY2(m_operator.Connect(), qPrintable(m_operator.Error()));
+    QVERIFY(m_operator.ClickTab("menuTab", 1));
+    QVERIFY(m_operator.Click("btnBeepTest"));
+    QCOMPARE(m_operator.Text("bodyWidget QLineEdit[2]"), QString("Failed!"));
 }
 
 QTEST_GUILESS_MAIN(StartUpTest)

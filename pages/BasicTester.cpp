@@ -28,6 +28,7 @@
 #include <ctime>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -74,6 +75,13 @@ bool SendToController(const QByteArray& message)
     }
     close(port);
     return true;
+}
+
+/// Whether a device is there. A plain file in its place is none.
+bool IsDevice(const char* path)
+{
+    struct stat state = {};
+    return stat(path, &state) == 0 && S_ISCHR(state.st_mode);
 }
 
 /// Sets the system's clock to a local time.
@@ -271,7 +279,8 @@ void BasicTester::OnBtnSetRTCTestClicked(bool /*checked*/)
 void BasicTester::OnBtn4gTestClicked(bool /*checked*/)
 {
     static bool s_setMode = false;
-    if (!s_setMode) {
+    // Without the modem the shell would leave a plain file, which keeps the device from coming up.
+    if (!s_setMode && IsDevice("/dev/ttyUSB1")) {
         // Has the modem bring its data connection up as the network device usb0.
         RunShell("echo -e \"AT+QNETDEVCTL=3,1,1\r\n\"  > /dev/ttyUSB1");
         s_setMode = true;

@@ -59,6 +59,8 @@ private slots:
     void hangingPingIsGivenUp();
     void pingTargetNeverReachesAShell();
 
+    void mobileWithoutAModemWritesNothing_data();
+    void mobileWithoutAModemWritesNothing();
     void mobileSwitchesTheModemOnceInARun();
     void mobileVerdictIsPingedAsAName();
     void mobileTargetIsNotCheckedForItsForm();
@@ -88,6 +90,7 @@ void BasicTesterTest::cleanup()
     delete m_page;
     m_page = nullptr;
     Board::RemoveTools();
+    QFile::remove("/dev/ttyUSB1");
 }
 
 void BasicTesterTest::Rebuild()
@@ -446,6 +449,36 @@ void BasicTesterTest::pingTargetNeverReachesAShell()
 
     QCOMPARE(Field(Ethernet)->text(), QString("Abnormal!"));
     QVERIFY(!QFile::exists("/tmp/ran"));
+}
+
+void BasicTesterTest::mobileWithoutAModemWritesNothing_data()
+{
+    QTest::addColumn<QByteArray>("board");
+    QTest::addColumn<QString>("verdict");
+
+    const QByteArray answering = "link usb0 10.64.64.2 10.64.64.1\nhost dns.alidns.com 223.5.5.5\n";
+    QTest::newRow("nothing there") << QByteArray() << "Abnormal!";
+    QTest::newRow("network there already") << answering << "Normal!";
+    QTest::newRow("a plain file") << answering + "file /dev/ttyUSB1 left\n"
+                                  << "Normal!";
+}
+
+// Before the modem has answered once in this run: the command is sent once only.
+void BasicTesterTest::mobileWithoutAModemWritesNothing()
+{
+    QFETCH(QByteArray, board);
+    QFETCH(QString, verdict);
+    Board::Become(board);
+    const bool isFile = QFile::exists("/dev/ttyUSB1");
+
+    Press(m_page, "btn4gTest");
+
+    QCOMPARE(Field(Mobile)->text(), verdict);
+    // A file there would keep the modem's own device from coming up.
+    QCOMPARE(QFile::exists("/dev/ttyUSB1"), isFile);
+    if (isFile) {
+        QCOMPARE(Board::ReadFile("/dev/ttyUSB1"), QByteArray("left"));
+    }
 }
 
 void BasicTesterTest::mobileSwitchesTheModemOnceInARun()

@@ -1,7 +1,15 @@
 #include "frame/MoskSettings.h"
 
+#include <QLockFile>
 #include <QSettings>
 #include <QVariant>
+
+namespace
+{
+
+const char* const path = "/etc/mosk.ini";
+
+} // namespace
 
 MoskSettings* MoskSettings::s_instance = nullptr;
 
@@ -13,7 +21,12 @@ MoskSettings* MoskSettings::GetInstance()
     return s_instance;
 }
 
-MoskSettings::MoskSettings() : m_settings(new QSettings("/etc/mosk.ini", QSettings::IniFormat)) {}
+MoskSettings::MoskSettings() : m_settings(new QSettings(path, QSettings::IniFormat))
+{
+    // A run that was killed while it wrote, or lost its power, leaves QSettings' lock behind, which
+    // would freeze the next change for half a minute. The lock of an owner that lives is kept.
+    QLockFile(QString(path) + ".lock").removeStaleLockFile();
+}
 
 QString MoskSettings::GetValue(const QString& key)
 {

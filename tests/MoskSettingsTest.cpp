@@ -3,9 +3,11 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QLockFile>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QSettings>
+#include <QSysInfo>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
@@ -14,6 +16,7 @@ namespace
 {
 
 const char* const path = "/etc/mosk.ini";
+const char* const lockPath = "/etc/mosk.ini.lock";
 
 /// Changes the language back and forth until it is killed.
 int KeepWriting(int& argc, char** argv)
@@ -27,6 +30,32 @@ int KeepWriting(int& argc, char** argv)
     });
     timer.start(0);
     return QCoreApplication::exec();
+}
+
+/// Starts as the program does: reads the language, changes it to the other one if it is told to,
+/// and ends once the file says so.
+int StartAndWrite(int& argc, char** argv, const QString& language)
+{
+    QCoreApplication application(argc, argv);
+    MoskSettings::GetInstance()->GetValue("Language");
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&language] {
+        if (language.isEmpty() || Board::ReadFile(path).contains(language.toUtf8())) {
+            QCoreApplication::quit();
+        }
+    });
+    if (!language.isEmpty()) {
+        MoskSettings::GetInstance()->SetValue("Language", language);
+    }
+    timer.start(1);
+    return QCoreApplication::exec();
+}
+
+/// What QLockFile writes into a lock: who holds it.
+QByteArray LockOf(qint64 process, const QByteArray& program)
+{
+    return QByteArray::number(process) + '\n' + program + '\n' +
+           QSysInfo::machineHostName().toUtf8() + '\n';
 }
 
 } // namespace
@@ -43,6 +72,10 @@ private slots:
     void keyOfAnotherGroupIsNotSeen();
     void folderInTheFilesPlaceIsNoFile();
     void fileIsWholeWheneverTheProgramIsKilled();
+
+    void lockLeftBehindIsNoObstacle_data();
+    void lockLeftBehindIsNoObstacle();
+    void lockOfALivingOwnerIsLeftAlone();
 
 private:
     /// What a program that starts now would read.
@@ -130,8 +163,57 @@ void MoskSettingsTest::fileIsWholeWheneverTheProgramIsKilled()
     }
 }
 
+void MoskSettingsTest::lockLeftBehindIsNoObstacle_data()
+{
+    QTest::addColumn<QByteArray>("lock");
+
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("cut off") << LockOf(1, "MoskTest").left(3);
+    QTest::newRow("of a process that is gone") << LockOf(4194303, "MoskTest");
+    // After a restart of the board another process, or the program itself, may have the number.
+    QTest::newRow("of a number in use again")
+        << LockOf(QCoreApplication::applicationPid(), "MoskSettingsTest");
+    QTest::newRow("of the board's former name")
+        << LockOf(4194303, "MoskTest").replace(QSysInfo::machineHostName().toUtf8(), "localhost0");
+    QTest::newRow("no text") << QByteArray(1000, '\xff');
+}
+
+void MoskSettingsTest::lockLeftBehindIsNoObstacle()
+{
+    QFETCH(QByteArray, lock);
+    Board::WriteFile(path, "[sys]\nLanguage=english\n");
+    Board::WriteFile(lockPath, lock);
+
+    QProcess program;
+    program.start(QCoreApplication::applicationFilePath(), {"--start", "chinese"});
+    // Held up by a lock, a change takes half a minute.
+    QVERIFY2(program.waitForFinished(15000), "the change is held up");
+
+    QCOMPARE(Board::ReadFile(path), QByteArray("[sys]\nLanguage=chinese\n"));
+    QVERIFY(!QFile::exists(lockPath));
+}
+
+void MoskSettingsTest::lockOfALivingOwnerIsLeftAlone()
+{
+    QFile::remove(lockPath);
+    Board::WriteFile(path, "[sys]\nLanguage=english\n");
+    QLockFile lock(lockPath);
+    QVERIFY(lock.tryLock());
+    const QByteArray owner = Board::ReadFile(lockPath);
+
+    QProcess program;
+    program.start(QCoreApplication::applicationFilePath(), {"--start", ""});
+    QVERIFY(program.waitForFinished());
+
+    QVERIFY(QFile::exists(lockPath));
+    QCOMPARE(Board::ReadFile(lockPath), owner);
+}
+
 int main(int argc, char** argv)
 {
+    if (argc > 2 && qstrcmp(argv[1], "--start") == 0) {
+        return StartAndWrite(argc, argv, argv[2]);
+    }
     if (argc > 1 && qstrcmp(argv[1], "--keep-writing") == 0) {
         return KeepWriting(argc, argv);
     }

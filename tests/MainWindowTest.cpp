@@ -8,6 +8,7 @@
 #include "simulated-board/Board.h"
 #include "tests/Operate.h"
 
+#include <QPushButton>
 #include <QScreen>
 #include <QStyle>
 #include <QTabBar>
@@ -32,6 +33,7 @@ private slots:
     void logoIsShownInTheHeader();
     void selectedTabIsRedOnGrey();
     void verdictsAreGreenAndRed();
+    void heldButtonIsDarker();
 
     void menuHasSixTabsInTheirOrder();
     void homePageIsOpenAtTheStart();
@@ -172,6 +174,22 @@ void MainWindowTest::verdictsAreGreenAndRed()
     }
 }
 
+void MainWindowTest::heldButtonIsDarker()
+{
+    ClickTab(1);
+    QCoreApplication::processEvents();
+    auto* button = m_window->findChild<QPushButton*>("btnUsbTest");
+    // Beside its text.
+    const QPoint place = button->mapTo(m_window.get(), QPoint(5, button->height() / 2));
+    QCOMPARE(PixelAt(place), QColor(96, 168, 239));
+    QTest::mousePress(m_window->windowHandle(), Qt::LeftButton, {}, place);
+    QTRY_VERIFY(button->isDown());
+    QCOMPARE(PixelAt(place), QColor(44, 112, 174));
+    QTest::mouseRelease(m_window->windowHandle(), Qt::LeftButton, {}, place);
+    QTRY_VERIFY(!button->isDown());
+    QCOMPARE(PixelAt(place), QColor(96, 168, 239));
+}
+
 void MainWindowTest::menuHasSixTabsInTheirOrder()
 {
     const QStringList labels = {"Home", "Basic", "Serial", "Wifi", "Voice", "CAN"};
@@ -285,9 +303,13 @@ void MainWindowTest::translateHappensOnceAfterTheSlot()
     int pages = 0;
     connect(page, &QObject::destroyed, this, [&pages] { ++pages; });
 
+    auto* timer = m_window->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+    QVERIFY(!timer->isActive());
     m_window->TranslateUI();
     m_window->TranslateUI();
     QVERIFY(page != nullptr);
+    QVERIFY(timer->isActive());
+    QCOMPARE(timer->interval(), 1);
 
     QTRY_VERIFY(page == nullptr);
     page = m_window->findChild<StartPage*>();

@@ -15,6 +15,7 @@
 #include <QTabWidget>
 #include <QTextBlock>
 #include <QTextCursor>
+#include <QTimer>
 
 #include <memory>
 #include <random>
@@ -33,6 +34,7 @@ const QColor red(255, 0, 0);
 const QColor black(0, 0, 0);
 const QColor lit(255, 0, 0);
 const QColor unlit(96, 168, 239);
+const QColor held(44, 112, 174);
 
 const QString opened = "******** Open COM succeed! [/dev/ttyS2]\n";
 const QString notOpened = "******** Open COM failed! [/dev/ttyS2]\n";
@@ -99,6 +101,7 @@ private slots:
     void portOpensATenthOfASecondLater();
     void missingPortShowsInRed();
     void summaryShowsFirstAndItsButtonIsLit();
+    void heldButtonsShowTheirColours();
     void resetBeginsAnew();
     void resetForgetsBothHalves_data();
     void resetForgetsBothHalves();
@@ -150,6 +153,10 @@ private:
     }
     QString Summary() { return Shown(0); }
     QString Detail() { return Shown(1); }
+    QTimer* OpenTimer()
+    {
+        return m_page->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+    }
     QSerialPort* Port() { return m_page->findChild<QSerialPort*>(); }
     QColor ButtonColour(const char* name)
     {
@@ -249,6 +256,8 @@ void ProductionTesterTest::pageIsInTheLanguageOfTheProgram()
 void ProductionTesterTest::portOpensATenthOfASecondLater()
 {
     PseudoTerminal terminal("/dev/ttyS2");
+    QVERIFY(OpenTimer()->isActive());
+    QCOMPARE(OpenTimer()->interval(), 100);
     QVERIFY(Port() == nullptr);
     QCOMPARE(Summary(), QString());
     WaitForThePort(opened);
@@ -262,6 +271,7 @@ void ProductionTesterTest::portOpensATenthOfASecondLater()
     QCOMPARE(Port()->flowControl(), QSerialPort::NoFlowControl);
 
     // It tries once.
+    QVERIFY(!OpenTimer()->isActive());
     QTest::qWait(250);
     QCOMPARE(Summary(), opened);
 }
@@ -271,6 +281,13 @@ void ProductionTesterTest::missingPortShowsInRed()
     WaitForThePort(notOpened);
     QCOMPARE(LineColours(*View(0)), QList<QColor>{red});
     QCOMPARE(LineColours(*View(1)), QList<QColor>{red});
+    QVERIFY(Port() == nullptr);
+
+    // It tries once; the next attempt is the operator's.
+    QVERIFY(!OpenTimer()->isActive());
+    PseudoTerminal terminal("/dev/ttyS2");
+    QTest::qWait(250);
+    QCOMPARE(Summary(), notOpened);
     QVERIFY(Port() == nullptr);
 }
 
@@ -294,6 +311,21 @@ void ProductionTesterTest::summaryShowsFirstAndItsButtonIsLit()
     }
     QCOMPARE(m_page->findChild<QPushButton*>("btnReset")->property("status").toString(),
              QString("off"));
+}
+
+void ProductionTesterTest::heldButtonsShowTheirColours()
+{
+    for (const auto& [name, colour] :
+         {std::pair("btnReset", held), {"btnDetail", lit}, {"btnSummary", lit}}) {
+        QCOMPARE(ButtonColour(name), unlit);
+        auto* button = m_page->findChild<QPushButton*>(name);
+        const QPoint place = button->mapTo(m_page.get(), button->rect().center());
+        QTest::mousePress(m_page->windowHandle(), Qt::LeftButton, {}, place);
+        QTRY_COMPARE(ButtonColour(name), colour);
+        QTest::mouseRelease(m_page->windowHandle(), Qt::LeftButton, {}, place);
+        QTRY_VERIFY(!button->isDown());
+        QCOMPARE(ButtonColour(name), colour == held ? unlit : lit);
+    }
 }
 
 void ProductionTesterTest::resetBeginsAnew()

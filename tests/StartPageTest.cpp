@@ -18,6 +18,9 @@ namespace
 
 const QString builtInVersion = "V1.1 Build 2022-10-18";
 
+/// The board's touch, which also writes down its call as the stand-in tools do.
+const char* const recordedTouch = ". \"$BOARD_HOME/record.sh\"\nexec /usr/bin/touch \"$@\"";
+
 } // namespace
 
 class StartPageTest : public QObject
@@ -60,6 +63,7 @@ void StartPageTest::init()
 void StartPageTest::cleanup()
 {
     m_page.reset();
+    Board::RemoveTools();
 }
 
 StartPage* StartPageTest::NewPage()
@@ -223,11 +227,13 @@ void StartPageTest::cancelledFinishDoesNothing()
 
 void StartPageTest::confirmedFinishLeavesItsMarker()
 {
+    Board::PutTool("touch", recordedTouch);
     StartPage* page = NewPage();
     AtTheBox(QMessageBox::Yes, [](QMessageBox&) {});
     Press(page, "btnTestEnd");
+    QVERIFY(QFile::exists("/etc/qttestend"));
     QCOMPARE(QFileInfo("/etc/qttestend").size(), 0);
-    QCOMPARE(Board::Calls(), QStringList("sync"));
+    QCOMPARE(Board::Calls(), QStringList({"touch /etc/qttestend", "sync"}));
 
     // This page keeps its buttons and only says that it is done; the next one has none.
     QFile::remove("/etc/qttestend");
@@ -241,12 +247,13 @@ void StartPageTest::confirmedFinishLeavesItsMarker()
 
 void StartPageTest::confirmedSwitchIsAskedOnceInARun()
 {
+    Board::PutTool("touch", recordedTouch);
     AtTheBox(QMessageBox::Yes, [](QMessageBox& box) {
         QCOMPARE(box.text(), QString("Are you sure switch the HMI system?"));
     });
     Press(NewPage(), "btnSwitchHMI");
     QVERIFY(QFile::exists("/etc/sw2hmi"));
-    QCOMPARE(Board::Calls(), QStringList("sync"));
+    QCOMPARE(Board::Calls(), QStringList({"touch /etc/sw2hmi", "sync"}));
 
     Board::ForgetCalls();
     QFile::remove("/etc/sw2hmi");

@@ -1,13 +1,17 @@
 #include "simulated-board/Board.h"
 #include "tests/Program.h"
+#include "tests/VncViewer.h"
 
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QTest>
 
 namespace
 {
 
 const QRgb headerBlue = qRgb(96, 168, 239);
+const QRgb bodyGrey = qRgb(240, 240, 240);
 
 } // namespace
 
@@ -25,6 +29,7 @@ private slots:
     void languageIsTheBoards();
     void windowCoversTheScreen();
     void logWithoutAReaderIsNoMatter();
+    void keysComeUpForAField();
 
 private:
     void Start(const QString& program);
@@ -137,6 +142,27 @@ void StartUpTest::logWithoutAReaderIsNoMatter()
     QVERIFY(m_operator.ClickTab("menuTab", 1));
     QVERIFY(m_operator.Click("btnBeepTest"));
     QCOMPARE(m_operator.Text("bodyWidget QLineEdit[2]"), QString("Failed!"));
+}
+
+// Qt picks the input method when the application is made, which only the program's own start does.
+void StartUpTest::keysComeUpForAField()
+{
+    Board::Become("language english\n");
+    Start("MoskTest");
+    VncViewer viewer;
+    QVERIFY2(viewer.Connect(), qPrintable(viewer.Error()));
+    QVERIFY(m_operator.ClickTab("menuTab", 1));
+    const QJsonObject field = m_operator.List("bodyWidget QLineEdit[5]").first().toObject();
+    const auto areKeysShown = [](const QImage& picture) {
+        const QRect keys(0, 320, 1024, 280);
+        return picture.pixel(keys.topLeft()) != bodyGrey &&
+               picture.pixel(keys.bottomRight()) != bodyGrey;
+    };
+    QVERIFY(!areKeysShown(viewer.Picture()));
+
+    viewer.Tap({field["x"].toInt() + 20, field["y"].toInt() + 10});
+
+    QVERIFY2(viewer.WaitForPicture(areKeysShown), qPrintable(viewer.Error()));
 }
 
 QTEST_GUILESS_MAIN(StartUpTest)

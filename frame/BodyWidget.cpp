@@ -11,8 +11,12 @@
 #include "pages/VoiceTester.h"
 #include "pages/WifiTester.h"
 
+#include <QApplication>
+#include <QEvent>
 #include <QPainter>
 #include <QStyleOption>
+#include <QThread>
+#include <QTimer>
 #include <QVBoxLayout>
 
 BodyWidget::BodyWidget(QWidget* parent) : QWidget(parent)
@@ -20,26 +24,92 @@ BodyWidget::BodyWidget(QWidget* parent) : QWidget(parent)
     m_layout = new QVBoxLayout(this);
     m_layout->setContentsMargins(0, 0, 0, 0);
     m_layout->setSpacing(0);
+
+    m_later = new QTimer(this);
+    m_later->setSingleShot(true);
+    connect(m_later, &QTimer::timeout, this, &BodyWidget::OnLater);
+    window()->installEventFilter(this);
 }
 
 void BodyWidget::OpenPage(int id)
 {
-    if (id == m_pageId) {
-        return;
-    }
-    ClosePage();
-    m_page = BuildPage(id);
-    if (m_page != nullptr) {
-        m_pageId = id;
-        m_layout->addWidget(m_page);
-    }
+    m_wantedId = id;
+    ChangePage();
 }
 
 void BodyWidget::TranslateUI()
 {
-    const int id = m_pageId;
+    m_isStale = true;
+    ChangePage();
+}
+
+bool BodyWidget::IsChangeDue() const
+{
+    return m_wantedId != m_pageId || m_isStale;
+}
+
+/// Whether a slot of the page may still be waiting for the box that it has opened.
+bool BodyWidget::IsPageWaiting()
+{
+    return QApplication::activeModalWidget() != nullptr ||
+           QThread::currentThread()->loopLevel() > 1;
+}
+
+/// The list of the page's that is open or just being closed; null when there is none.
+QWidget* BodyWidget::ShownList() const
+{
+    const auto children = m_page != nullptr ? m_page->findChildren<QWidget*>() : QWidgetList();
+    for (QWidget* child : children) {
+        if (child->windowType() == Qt::Popup && child->isVisible()) {
+            return child;
+        }
+    }
+    return nullptr;
+}
+
+/// Shows the page that has been asked for, unless something of the page shown is still running.
+void BodyWidget::ChangePage()
+{
+    if (m_page != nullptr) {
+        // What is tapped from now on is not for a page that goes.
+        m_page->setAttribute(Qt::WA_TransparentForMouseEvents, IsChangeDue());
+    }
+    if (!IsChangeDue() || QApplication::activeModalWidget() != nullptr) {
+        return; // When the box is closed, eventFilter() hears of it.
+    }
+    // A list that closes delivers the operator's next tap before its own code has returned.
+    if (IsPageWaiting() || ShownList() != nullptr) {
+        m_later->start();
+        return;
+    }
     ClosePage();
-    OpenPage(id);
+    m_isStale = false;
+    m_page = BuildPage(m_wantedId);
+    if (m_page != nullptr) {
+        m_pageId = m_wantedId;
+        m_layout->addWidget(m_page);
+    } else {
+        m_wantedId = NoPage;
+    }
+}
+
+void BodyWidget::OnLater()
+{
+    if (IsChangeDue() && !IsPageWaiting()) {
+        // None of its code is running now, so a list that is still shown would stay open.
+        if (QWidget* list = ShownList()) {
+            list->close();
+        }
+    }
+    ChangePage();
+}
+
+bool BodyWidget::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::WindowUnblocked) {
+        m_later->start();
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void BodyWidget::ClosePage()

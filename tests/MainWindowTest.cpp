@@ -48,6 +48,8 @@ private slots:
 
     void translateHappensOnceAfterTheSlot();
     void translateBuildsThePageAnew();
+    void translateWaitsForTheCheckAtHand();
+    void translateWaitsForTheBoxAtHand();
     void foreignPageOfTheMenuIsPassedOver();
 
 private:
@@ -332,6 +334,40 @@ void MainWindowTest::translateBuildsThePageAnew()
     auto* page = m_window->findChild<BasicTester*>();
     QCOMPARE(Menu()->currentIndex(), 1);
     QCOMPARE(page->findChild<QLineEdit*>()->text(), QString::fromUtf8("此处显示检测结果！"));
+}
+
+void MainWindowTest::translateWaitsForTheCheckAtHand()
+{
+    ClickTab(1);
+    QPointer<BasicTester> page = m_window->findChild<BasicTester*>();
+
+    m_window->TranslateUI();
+    QTest::qSleep(5); // its time has come before the check paints the page
+    Press(page, "btnUsbTest");
+
+    QVERIFY(page != nullptr);
+    QCOMPARE(InGrid<QLineEdit>(page, 0, 1)->text(),
+             QString("Detected that there is(are) 0 USB flash drive inserted!"));
+    QTRY_VERIFY(page == nullptr);
+}
+
+void MainWindowTest::translateWaitsForTheBoxAtHand()
+{
+    ClickTab(1);
+    QPointer<BasicTester> page = m_window->findChild<BasicTester*>();
+    bool isKept = false;
+    QTimer::singleShot(50, this, [&] {
+        isKept = page != nullptr;
+        QApplication::activeModalWidget()->close();
+    });
+
+    m_window->TranslateUI();
+    Press(page, "btnTouchTest");
+
+    QVERIFY(isKept);
+    QVERIFY(page != nullptr);
+    QTRY_VERIFY(page == nullptr);
+    QVERIFY(m_window->findChild<BasicTester*>() != nullptr);
 }
 
 void MainWindowTest::foreignPageOfTheMenuIsPassedOver()

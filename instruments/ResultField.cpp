@@ -2,10 +2,12 @@
 
 #include "frame/MoskTranslator.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QEvent>
 #include <QEventLoop>
 #include <QLineEdit>
 #include <QStyle>
+#include <QWidget>
 
 void ShowVerdict(QLineEdit* field, const QString& text, bool ok)
 {
@@ -23,5 +25,15 @@ void ShowDetecting(QLineEdit* field)
 
 void PaintPage()
 {
-    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    // All windows first: a VNC viewer that has got a picture of the button alone would not ask for
+    // the next one before the check blocks.
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
+    }
+    // The picture reaches the screen in the next turn of the event loop, and a VNC viewer in two
+    // more. Timers wait as well: the one of a new language deletes the page.
+    for (int turn = 0; turn < 4; ++turn) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents |
+                                        QEventLoop::X11ExcludeTimers);
+    }
 }

@@ -139,8 +139,8 @@ bool VncViewer::TakeUpdate()
             qFatal("The screen sends what was not asked for");
         }
         for (int row = y; row < y + height; ++row) {
-            m_stream.readRawData(reinterpret_cast<char*>(m_picture.scanLine(row)) + x * 4,
-                                 width * 4);
+            auto* pixels = reinterpret_cast<QRgb*>(m_picture.scanLine(row)) + x;
+            m_stream.readRawData(reinterpret_cast<char*>(pixels), width * int(sizeof *pixels));
         }
     }
     if (!m_stream.commitTransaction()) {

@@ -13,7 +13,6 @@
 #include <QSerialPort>
 #include <QSignalSpy>
 #include <QSocketNotifier>
-#include <QTextDocument>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -406,7 +405,8 @@ void SerialPortTesterTest::partnerThatFloodsLeavesThePageAtWork()
 {
     Board::Become("port ttyS2 flood\n");
     Open();
-    QTRY_VERIFY_WITH_TIMEOUT(Received().size() >= 100000, 60000);
+    // A line that never ends is kept up to a bound.
+    QTRY_VERIFY_WITH_TIMEOUT(Received().size() >= 30000, 60000);
     // The page still takes its turn: it can be typed in and closed.
     QTest::keyClicks(m_page->findChild<QLineEdit*>(), "?");
     QCOMPARE(m_page->findChild<QLineEdit*>()->text(), QString("Hello MOSK!?"));
@@ -415,7 +415,7 @@ void SerialPortTesterTest::partnerThatFloodsLeavesThePageAtWork()
     auto* view = m_page->findChild<ReceiveView*>();
     view->ShowGathered();
     QVERIFY(view->toPlainText().contains("0123456789 abcdefghijklmnopqrstuvwxyz 0123456789 abc"));
-    QVERIFY(view->document()->blockCount() <= 25000);
+    QVERIFY(view->toPlainText().size() <= 37500);
 }
 
 void SerialPortTesterTest::unpluggedPortNeitherSpinsNorSticks()

@@ -12,8 +12,15 @@ public:
     explicit ToolTouchTest(QWidget* parent);
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private slots:
     void OnBtnClosed(bool checked);
+
+private:
+    void Light(const QWidget* place);
+
+    /// The last that came from a finger was that it was lifted.
+    bool m_isLifted = false;
 };

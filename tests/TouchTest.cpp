@@ -48,6 +48,19 @@ QColor ColourOf(const ToolTouchTest& test, int number)
     return Place(test, number)->grab().toImage().pixelColor(4, 4);
 }
 
+/// The places that are red on the screen.
+QList<int> LitPlaces(ToolTouchTest& test)
+{
+    const QImage screen = test.grab().toImage();
+    QList<int> lit;
+    for (int number = 1; number <= places; ++number) {
+        if (screen.pixelColor(Place(test, number)->pos() + QPoint(4, 4)) == red) {
+            lit += number;
+        }
+    }
+    return lit;
+}
+
 } // namespace
 
 class TouchTest : public QObject
@@ -79,6 +92,11 @@ private slots:
     void testSpeaksTheLanguage();
     void testLightsUpUnderTheFinger();
     void testLightsUpUnderTheMouse();
+    void testFollowsASlidingFinger_data();
+    void testFollowsASlidingFinger();
+    void testFollowsAMouseThatIsHeld();
+    void testLightsUpUnderTheMouseAfterAFinger();
+    void testIsNotLeftByAFingerThatSlides();
     void testIsLeftByTheCentreOnly();
     void testHoldsThePageBack();
     void testLeavesNothingBehind();
@@ -89,9 +107,11 @@ private:
 
     /// Opens the touch test by the finger, looks at it and leaves it by the finger on its centre.
     void DuringTheTest(const std::function<void(ToolTouchTest&)>& look);
-    void PutFingerOn(QWidget* widget);
-    void LiftFingerFrom(QWidget* widget);
-    void ReportFinger(QWidget* widget, Qt::TouchPointState state);
+    void PutFingerOn(QWidget* widget) { ReportFinger(CentreOf(widget), Qt::TouchPointPressed); }
+    void SlideFingerTo(QWidget* widget) { ReportFinger(CentreOf(widget), Qt::TouchPointMoved); }
+    void LiftFingerFrom(QWidget* widget) { ReportFinger(CentreOf(widget), Qt::TouchPointReleased); }
+    static QPoint CentreOf(QWidget* widget) { return widget->mapToGlobal(widget->rect().center()); }
+    void ReportFinger(const QPoint& place, Qt::TouchPointState state);
 
     std::unique_ptr<BasicTester> m_page;
     QTouchDevice* m_screen = nullptr;
@@ -150,24 +170,14 @@ void TouchTest::DuringTheTest(const std::function<void(ToolTouchTest&)>& look)
     QVERIFY(seen);
 }
 
-void TouchTest::PutFingerOn(QWidget* widget)
-{
-    ReportFinger(widget, Qt::TouchPointPressed);
-}
-
-void TouchTest::LiftFingerFrom(QWidget* widget)
-{
-    ReportFinger(widget, Qt::TouchPointReleased);
-}
-
 /// Reports the finger as the touch screen's driver does.
-void TouchTest::ReportFinger(QWidget* widget, Qt::TouchPointState state)
+void TouchTest::ReportFinger(const QPoint& place, Qt::TouchPointState state)
 {
     QWindowSystemInterface::TouchPoint finger;
     finger.id = 1;
     finger.state = state;
-    finger.pressure = state == Qt::TouchPointPressed ? 1 : 0;
-    finger.area.moveCenter(widget->parentWidget()->mapToGlobal(widget->geometry().center()));
+    finger.pressure = state == Qt::TouchPointReleased ? 0 : 1;
+    finger.area.moveCenter(place);
     QWindowSystemInterface::handleTouchEvent(nullptr, m_screen, {finger});
     QCoreApplication::processEvents();
 }
@@ -424,6 +434,83 @@ void TouchTest::testLightsUpUnderTheMouse()
         QCoreApplication::processEvents();
         QCOMPARE(ColourOf(test, 15), red);
         QCOMPARE(ColourOf(test, 14), blue);
+    });
+}
+
+void TouchTest::testFollowsASlidingFinger_data()
+{
+    QTest::addColumn<QPoint>("put");
+    QTest::newRow("put on a place") << QPoint(20, 20);
+    QTest::newRow("put on the edge of the screen") << QPoint(0, 20);
+}
+
+void TouchTest::testFollowsASlidingFinger()
+{
+    QFETCH(QPoint, put);
+    DuringTheTest([this, put](ToolTouchTest& test) {
+        ReportFinger(put, Qt::TouchPointPressed);
+        // A row, the way down, and the centre on the way back.
+        for (const int number : {1, 2, 3, 4, 5, 14, 23, 32, centre, 40, 39, 49, 81}) {
+            SlideFingerTo(Place(test, number));
+            QCOMPARE(LitPlaces(test), QList<int>({number}));
+        }
+
+        LiftFingerFrom(Place(test, places));
+
+        QCOMPARE(LitPlaces(test), QList<int>());
+        PutFingerOn(Place(test, 7));
+        QCOMPARE(LitPlaces(test), QList<int>({7}));
+        LiftFingerFrom(Place(test, 7));
+        QCOMPARE(LitPlaces(test), QList<int>());
+    });
+}
+
+void TouchTest::testFollowsAMouseThatIsHeld()
+{
+    DuringTheTest([](ToolTouchTest& test) {
+        const auto at = [&test](int number) { return Place(test, number)->geometry().center(); };
+        QTest::mousePress(test.windowHandle(), Qt::LeftButton, {}, at(1));
+        for (const int number : {2, 12, 22, centre, 42, 1}) {
+            QTest::mouseMove(test.windowHandle(), at(number));
+            QCoreApplication::processEvents();
+            QCOMPARE(LitPlaces(test), QList<int>({number}));
+        }
+
+        QTest::mouseRelease(test.windowHandle(), Qt::LeftButton, {}, at(3));
+
+        // The mouse is still there.
+        QCOMPARE(LitPlaces(test), QList<int>({3}));
+    });
+}
+
+void TouchTest::testLightsUpUnderTheMouseAfterAFinger()
+{
+    DuringTheTest([this](ToolTouchTest& test) {
+        PutFingerOn(Place(test, 1));
+        SlideFingerTo(Place(test, 2));
+        LiftFingerFrom(Place(test, 2));
+
+        for (const int number : {3, 4}) {
+            QTest::mouseMove(test.windowHandle(), Place(test, number)->geometry().center());
+            QCoreApplication::processEvents();
+            QCOMPARE(LitPlaces(test), QList<int>({number}));
+        }
+    });
+}
+
+void TouchTest::testIsNotLeftByAFingerThatSlides()
+{
+    DuringTheTest([this](ToolTouchTest& test) {
+        PutFingerOn(Place(test, 1));
+        SlideFingerTo(Place(test, centre));
+        LiftFingerFrom(Place(test, centre));
+        QVERIFY(test.isVisible());
+
+        PutFingerOn(Place(test, centre));
+        SlideFingerTo(Place(test, 1));
+        QCOMPARE(LitPlaces(test), QList<int>({1}));
+        LiftFingerFrom(Place(test, 1));
+        QVERIFY(test.isVisible());
     });
 }
 

@@ -4,6 +4,7 @@
 #include "frame/MoskTester.h"
 #include "frame/MoskTranslator.h"
 #include "instruments/MessageBoxes.h"
+#include "instruments/Rows.h"
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
 #include "protocols/KernelVersion.h"
@@ -23,6 +24,7 @@ namespace
 const char* const switchMarker = "/etc/sw2hmi";
 const char* const testEndMarker = "/etc/qttestend";
 const QSize titleSize(80, 30);
+const QSize buttonSize(100, 40);
 
 } // namespace
 
@@ -30,7 +32,7 @@ bool StartPage::s_switchHmi = false;
 
 StartPage::StartPage(QWidget* parent) : QWidget(parent)
 {
-    auto* layout = new QGridLayout;
+    auto* layout = new QGridLayout(this);
     layout->setContentsMargins(40, 40, 40, 40);
     layout->setSpacing(10);
 
@@ -43,49 +45,31 @@ StartPage::StartPage(QWidget* parent) : QWidget(parent)
     m_language->setCurrentIndex(isEnglish ? 1 : 0);
     layout->addWidget(m_language, 0, 1);
 
-    AddTextRow(layout, 1, "Label_1000200", GetOsVersion());
-    AddTextRow(layout, 2, "Label_1000201", MoskTranslator::Translate("Label_1000202"));
-    QPushButton* reboot = AddButton(layout, 3, 0, "btnReboot", "Label_1000203");
+    AddWideRow(layout, 1, titleSize, {"Label_1000200", new QLabel(GetOsVersion(), this)});
+    AddWideRow(layout, 2, titleSize,
+               {"Label_1000201", new QLabel(MoskTranslator::Translate("Label_1000202"), this)});
+    QPushButton* reboot = NewButton({"Label_1000203", Name("btnReboot")}, buttonSize, this);
+    layout->addWidget(reboot, 3, 0);
 
     int fillerRow = 4;
     if (QFileInfo(testEndMarker).isFile()) {
         m_testEnded = true;
     } else {
-        QPushButton* switchHmi = AddButton(layout, 3, 1, "btnSwitchHMI", "Label_1000204");
+        QPushButton* switchHmi =
+            NewButton({"Label_1000204", Name("btnSwitchHMI")}, buttonSize, this);
+        layout->addWidget(switchHmi, 3, 1);
         connect(switchHmi, &QPushButton::clicked, this, &StartPage::OnBtSwitchHMIClicked);
-        QPushButton* testEnd = AddButton(layout, 4, 0, "btnTestEnd", "Label_1000207");
+        QPushButton* testEnd = NewButton({"Label_1000207", Name("btnTestEnd")}, buttonSize, this);
+        layout->addWidget(testEnd, 4, 0);
         connect(testEnd, &QPushButton::clicked, this, &StartPage::OnBtTestEndClicked);
         fillerRow = 5;
     }
 
-    auto* filler = new QWidget(this);
-    filler->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    layout->addWidget(filler, fillerRow, 0, 1, 3);
+    AddFiller(layout, fillerRow);
 
-    setLayout(layout);
     connect(m_language, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &StartPage::OnLanguageChanged);
     connect(reboot, &QPushButton::clicked, this, &StartPage::OnBtRebootClicked);
-}
-
-void StartPage::AddTextRow(QGridLayout* layout, int row, const QString& titleKey,
-                           const QString& text)
-{
-    layout->addWidget(NewTitle(titleKey, titleSize, this), row, 0);
-    auto* label = new QLabel(text, this);
-    label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    layout->addWidget(label, row, 1, 1, 2);
-}
-
-QPushButton* StartPage::AddButton(QGridLayout* layout, int row, int column, const QString& name,
-                                  const QString& textKey)
-{
-    auto* button = new QPushButton(MoskTranslator::Translate(textKey), this);
-    button->setObjectName(name);
-    button->setFixedSize(100, 40);
-    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    layout->addWidget(button, row, column);
-    return button;
 }
 
 QString StartPage::GetOsVersion()

@@ -3,8 +3,6 @@
 #include <QWidget>
 
 class QComboBox;
-class QGridLayout;
-class QPushButton;
 
 /// The home page: the language, the system's version, and what concerns the board as a whole.
 class StartPage : public QWidget
@@ -25,9 +23,6 @@ private slots:
     void OnBtTestEndClicked(bool checked);
 
 private:
-    void AddTextRow(QGridLayout* layout, int row, const QString& titleKey, const QString& text);
-    QPushButton* AddButton(QGridLayout* layout, int row, int column, const QString& name,
-                           const QString& textKey);
     /// Asks `question` until it was once confirmed, which leaves `markerFile` for the board's other
     /// software and sets `confirmed`; from then on only says `confirmedText`.
     void ConfirmOnce(bool& confirmed, const QString& question, const QString& confirmedText,

@@ -32,6 +32,12 @@ int Most(int kept)
 
 ReceiveView::ReceiveView(QWidget* parent) : QTextEdit(parent)
 {
+    QFont large;
+    large.setPixelSize(22);
+    setFont(large);
+    // A tab would be text; the key leads out of the view instead.
+    setTabChangesFocus(true);
+
     m_timer = new QTimer(this);
     m_timer->setSingleShot(true);
     connect(m_timer, &QTimer::timeout, this, &ReceiveView::ShowGathered);

@@ -1,53 +1,70 @@
-#include "instruments/PortRows.h"
+#include "instruments/Rows.h"
 
 #include "frame/MoskTranslator.h"
 #include "instruments/Title.h"
 
-#include <QHBoxLayout>
+#include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QVBoxLayout>
 
-namespace
+QPushButton* NewButton(const Button& button, const QSize& size, QWidget* parent)
 {
-
-/// Adds a row that holds a title and a field so far.
-QWidget* AddRow(QVBoxLayout* layout, const QString& titleKey, QWidget* field)
-{
-    auto* row = new QWidget(layout->parentWidget());
-    auto* rowLayout = new QHBoxLayout(row);
-    rowLayout->setContentsMargins(0, 0, 0, 0);
-    rowLayout->setSpacing(10);
-
-    QLabel* title = NewTitle(titleKey, QSize(80, 30), row);
-    title->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    rowLayout->addWidget(title);
-
-    field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    rowLayout->addWidget(field);
-
-    layout->addWidget(row);
-    return row;
+    auto* made = new QPushButton(MoskTranslator::Translate(button.textKey), parent);
+    made->setObjectName(button.name.text);
+    made->setFixedSize(size);
+    made->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    return made;
 }
 
-} // namespace
-
-QPushButton* AddPortRow(QVBoxLayout* layout, const QString& titleKey, QWidget* field,
-                        const QString& buttonName, const QString& buttonKey)
+QPushButton* AddRow(QGridLayout* grid, int row, const QSize& size, const Row& content)
 {
-    QWidget* row = AddRow(layout, titleKey, field);
-    row->setFixedHeight(30);
-    row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-
-    auto* button = new QPushButton(MoskTranslator::Translate(buttonKey), row);
-    button->setObjectName(buttonName);
-    button->setFixedWidth(100);
-    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
-    row->layout()->addWidget(button);
+    QWidget* page = grid->parentWidget();
+    grid->addWidget(NewTitle(content.titleKey, size, page), row, 0);
+    if (content.field != nullptr) {
+        content.field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+        grid->addWidget(content.field, row, 1);
+    }
+    QPushButton* button = NewButton(content.button, size, page);
+    grid->addWidget(button, row, 2);
+    if (content.field != nullptr) {
+        QWidget::setTabOrder(content.field, button);
+    }
     return button;
 }
 
-void AddPortView(QVBoxLayout* layout, const QString& titleKey, QWidget* view)
+void AddWideRow(QGridLayout* grid, int row, const QSize& titleSize, const Row& content)
 {
-    AddRow(layout, titleKey, view);
+    grid->addWidget(NewTitle(content.titleKey, titleSize, grid->parentWidget()), row, 0);
+    content.field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    grid->addWidget(content.field, row, 1, 1, 2);
+}
+
+QPushButton* AddRow(QVBoxLayout* column, const Row& content)
+{
+    auto* row = new QWidget(column->parentWidget());
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(10);
+    layout->addWidget(NewTitle(content.titleKey, {80, 30}, row));
+    content.field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    layout->addWidget(content.field);
+    column->addWidget(row);
+    if (content.button.textKey == nullptr) {
+        row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+        return nullptr;
+    }
+    row->setFixedHeight(30);
+    row->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    QPushButton* button = NewButton(content.button, {100, QWIDGETSIZE_MAX}, row);
+    button->setMinimumHeight(0);
+    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
+    layout->addWidget(button);
+    return button;
+}
+
+void AddFiller(QGridLayout* grid, int row)
+{
+    auto* filler = new QWidget(grid->parentWidget());
+    filler->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    grid->addWidget(filler, row, 0, 1, 3);
 }

@@ -8,6 +8,7 @@ QLabel* NewTitle(const QString& key, const QSize& size, QWidget* parent)
 {
     auto* title = new QLabel(MoskTranslator::Translate(key), parent);
     title->setFixedSize(size);
+    title->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     NarrowText(title);
     return title;
 }

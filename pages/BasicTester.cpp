@@ -3,8 +3,8 @@
 #include "frame/MoskTranslator.h"
 #include "instruments/Ping.h"
 #include "instruments/ResultField.h"
+#include "instruments/Rows.h"
 #include "instruments/Shell.h"
-#include "instruments/Title.h"
 #include "pages/TouchTester.h"
 #include "protocols/Calibration.h"
 #include "protocols/ControllerMessages.h"
@@ -17,7 +17,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QGridLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
@@ -120,55 +119,55 @@ BasicTester::BasicTester(QWidget* parent) : QWidget(parent)
     layout->setSpacing(16);
 
     const QString resultText = MoskTranslator::Translate("Label_1000002");
+    m_usb = new QLineEdit(resultText, this);
+    m_sdCard = new QLineEdit(resultText, this);
     m_rotation = new QComboBox(this);
     m_rotation->addItems({"Rotation 0", "Rotation 1", "Rotation 2", "Rotation 3"});
     m_rotation->setCurrentIndex(0);
-    m_rotation->setEnabled(false);
-    m_usb = NewLine(resultText);
-    m_sdCard = NewLine(resultText);
-    m_buzzer = NewLine(resultText);
-    QLineEdit* touch = NewLine(MoskTranslator::Translate("Label_1000009"));
-    m_ethernet = NewLine("192.168.10.1");
-    m_clockRead = NewLine(resultText);
-    m_clockSet = NewLine("2022-01-01 00:00:00");
-    m_mobile = NewLine(publicPingTarget);
+    m_buzzer = new QLineEdit(resultText, this);
+    auto* touch = new QLineEdit(MoskTranslator::Translate("Label_1000009"), this);
+    m_ethernet = new QLineEdit("192.168.10.1", this);
+    m_clockRead = new QLineEdit(resultText, this);
+    m_clockSet = new QLineEdit("2022-01-01 00:00:00", this);
+    m_mobile = new QLineEdit(publicPingTarget, this);
 
-    QPushButton* usbTest = AddRow(layout, 0, "Label_1000001", m_usb, "Label_1000003", "btnUsbTest");
-    QPushButton* sdCardTest =
-        AddRow(layout, 1, "Label_1000004", m_sdCard, "Label_1000003", "btnSdCardTest");
-    QPushButton* touchCalc =
-        AddRow(layout, 2, "Label_1000005", m_rotation, "Label_1000006", "btnTouchCalc");
+    const char* const detection = "Label_1000003";
+    const struct {
+        Row row;
+        void (BasicTester::*onClicked)(bool);
+    } rows[] = {
+        {{"Label_1000001", m_usb, {detection, Name("btnUsbTest")}},
+         &BasicTester::OnBtnUSBTestClicked},
+        {{"Label_1000004", m_sdCard, {detection, Name("btnSdCardTest")}},
+         &BasicTester::OnBtnSDCardTestClicked},
+        {{"Label_1000005", m_rotation, {"Label_1000006", Name("btnTouchCalc")}},
+         &BasicTester::OnBtnTouchCalcClicked},
+        {{"Label_1000007", m_buzzer, {detection, Name("btnBeepTest")}},
+         &BasicTester::OnBtnBeepTestClicked},
+        {{"Label_1000008", touch, {detection, Name("btnTouchTest")}},
+         &BasicTester::OnBtnTouchTestClicked},
+        // The name dates from an eMMC row; it is kept for those who address the button by it.
+        {{"Label_1000012", m_ethernet, {detection, Name("btnEmmcTest")}},
+         &BasicTester::OnBtnNetTestClicked},
+        {{"Label_1000021", m_clockRead, {"Label_1000023", Name("btnrRTCTest")}},
+         &BasicTester::OnBtnGetRTCTestClicked},
+        {{"Label_1000022", m_clockSet, {"Label_1000024", Name("btnwRTCTest")}},
+         &BasicTester::OnBtnSetRTCTestClicked},
+        {{"Label_1000025", m_mobile, {detection, Name("btn4gTest")}},
+         &BasicTester::OnBtn4gTestClicked},
+    };
+    int count = 0;
+    for (const auto& each : rows) {
+        QPushButton* button = AddRow(layout, count++, {100, 30}, each.row);
+        connect(button, &QPushButton::clicked, this, each.onClicked);
+    }
+    AddFiller(layout, count);
+
     // Calibration ends in a restart of the board, so this page does not offer it.
-    touchCalc->setEnabled(false);
-    touchCalc->setText(MoskTranslator::Translate("Label_1000006"));
-    QPushButton* beepTest =
-        AddRow(layout, 3, "Label_1000007", m_buzzer, "Label_1000003", "btnBeepTest");
-    QPushButton* touchTest =
-        AddRow(layout, 4, "Label_1000008", touch, "Label_1000003", "btnTouchTest");
-    // The name dates from an eMMC row; it is kept for those who address the button by it.
-    QPushButton* netTest =
-        AddRow(layout, 5, "Label_1000012", m_ethernet, "Label_1000003", "btnEmmcTest");
-    QPushButton* clockGet =
-        AddRow(layout, 6, "Label_1000021", m_clockRead, "Label_1000023", "btnrRTCTest");
-    QPushButton* clockSet =
-        AddRow(layout, 7, "Label_1000022", m_clockSet, "Label_1000024", "btnwRTCTest");
-    QPushButton* mobileTest =
-        AddRow(layout, 8, "Label_1000025", m_mobile, "Label_1000003", "btn4gTest");
-
-    auto* filler = new QWidget(this);
-    filler->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    layout->addWidget(filler, 9, 0, 1, 3);
-
-    connect(usbTest, &QPushButton::clicked, this, &BasicTester::OnBtnUSBTestClicked);
-    connect(sdCardTest, &QPushButton::clicked, this, &BasicTester::OnBtnSDCardTestClicked);
-    connect(touchCalc, &QPushButton::clicked, this, &BasicTester::OnBtnTouchCalcClicked);
-    connect(beepTest, &QPushButton::clicked, this, &BasicTester::OnBtnBeepTestClicked);
-    connect(touchTest, &QPushButton::clicked, this, &BasicTester::OnBtnTouchTestClicked);
-    connect(netTest, &QPushButton::clicked, this, &BasicTester::OnBtnNetTestClicked);
-    connect(clockGet, &QPushButton::clicked, this, &BasicTester::OnBtnGetRTCTestClicked);
-    connect(clockSet, &QPushButton::clicked, this, &BasicTester::OnBtnSetRTCTestClicked);
-    connect(mobileTest, &QPushButton::clicked, this, &BasicTester::OnBtn4gTestClicked);
-
+    auto* calibrate = findChild<QPushButton*>("btnTouchCalc");
+    calibrate->setText(MoskTranslator::Translate("Label_1000006"));
+    calibrate->setEnabled(false);
+    m_rotation->setEnabled(false);
     InitCurrentRotate();
 }
 
@@ -184,27 +183,6 @@ void BasicTester::SetTimeTyUart(const QDateTime& dt)
     if (dt.isValid() && SendToController(TimeMessage(dt))) {
         SetSystemClock(dt);
     }
-}
-
-QLineEdit* BasicTester::NewLine(const QString& text)
-{
-    return new QLineEdit(text, this);
-}
-
-QPushButton* BasicTester::AddRow(QGridLayout* layout, int row, const QString& titleKey,
-                                 QWidget* field, const QString& buttonKey,
-                                 const QString& buttonName)
-{
-    layout->addWidget(NewTitle(titleKey, {100, 30}, this), row, 0);
-
-    field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    layout->addWidget(field, row, 1);
-
-    auto* button = new QPushButton(MoskTranslator::Translate(buttonKey), this);
-    button->setObjectName(buttonName);
-    button->setFixedSize(100, 30);
-    layout->addWidget(button, row, 2);
-    return button;
 }
 
 void BasicTester::OnBtnUSBTestClicked(bool /*checked*/)

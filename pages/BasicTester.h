@@ -4,9 +4,7 @@
 
 class QComboBox;
 class QDateTime;
-class QGridLayout;
 class QLineEdit;
-class QPushButton;
 
 /// The board's quick checks on one grid: a row each, its result in the row's own line.
 class BasicTester : public QWidget
@@ -37,9 +35,6 @@ private slots:
     void OnBtn4gTestClicked(bool checked);
 
 private:
-    QLineEdit* NewLine(const QString& text);
-    QPushButton* AddRow(QGridLayout* layout, int row, const QString& titleKey, QWidget* field,
-                        const QString& buttonKey, const QString& buttonName);
     void Ping(QLineEdit* line, const QString& command);
 
     QComboBox* m_rotation = nullptr;

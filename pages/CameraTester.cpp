@@ -1,26 +1,12 @@
 #include "pages/CameraTester.h"
 
-#include "frame/MoskTranslator.h"
+#include "instruments/Rows.h"
 
 #include <QCamera>
 #include <QCameraViewfinder>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QPushButton>
-
-namespace
-{
-
-QPushButton* NewButton(const QString& textKey, const QString& name, QWidget* page)
-{
-    auto* button = new QPushButton(MoskTranslator::Translate(textKey), page);
-    button->setObjectName(name);
-    button->setFixedSize(100, 30);
-    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    return button;
-}
-
-} // namespace
 
 CameraTester::CameraTester(QWidget* parent)
     : QWidget(parent), m_cameras(QCameraInfo::availableCameras())
@@ -41,9 +27,10 @@ CameraTester::CameraTester(QWidget* parent)
     }
     layout->addWidget(m_selector, 1, 0);
 
-    QPushButton* open = NewButton("Label_1001100", "btnopen", this);
+    const QSize size(100, 30);
+    QPushButton* open = NewButton({"Label_1001100", Name("btnopen")}, size, this);
     layout->addWidget(open, 1, 1);
-    QPushButton* close = NewButton("Label_1001101", "btnclose", this);
+    QPushButton* close = NewButton({"Label_1001101", Name("btnclose")}, size, this);
     layout->addWidget(close, 1, 2);
 
     connect(open, &QPushButton::clicked, this, &CameraTester::OnBtnOpenClicked);

@@ -1,8 +1,8 @@
 #include "pages/CanTester.h"
 
 #include "frame/MoskTranslator.h"
-#include "instruments/PortRows.h"
 #include "instruments/ReceiveView.h"
+#include "instruments/Rows.h"
 #include "pages/CanThread.h"
 #include "protocols/CanFrame.h"
 
@@ -59,17 +59,15 @@ CanTester::CanTester(QWidget* parent) : QWidget(parent)
     m_chooser = new QComboBox(this);
     m_chooser->addItem("can0");
     m_chooser->setCurrentIndex(0);
-    m_openClose = AddPortRow(layout, "Label_1000900", m_chooser, "btnOpenCom", "Label_1000901");
+    m_openClose =
+        AddRow(layout, {"Label_1000900", m_chooser, {"Label_1000901", Name("btnOpenCom")}});
 
     m_sendText = new QLineEdit(tr("1122334455667788"), this);
     QPushButton* send =
-        AddPortRow(layout, "Label_1000902", m_sendText, "btnSendCom", "Label_1000903");
+        AddRow(layout, {"Label_1000902", m_sendText, {"Label_1000903", Name("btnSendCom")}});
 
     m_received = new ReceiveView(this);
-    QFont font;
-    font.setPixelSize(22);
-    m_received->setFont(font);
-    AddPortView(layout, "Label_1000904", m_received);
+    AddRow(layout, {"Label_1000904", m_received});
 
     connect(m_openClose, &QPushButton::clicked, this, &CanTester::OnOpenCloseCanPort);
     connect(send, &QPushButton::clicked, this, &CanTester::OnBtnSendClicked);

@@ -2,6 +2,7 @@
 
 #include "frame/MoskTranslator.h"
 #include "instruments/ReceiveView.h"
+#include "instruments/Rows.h"
 #include "instruments/Uart.h"
 
 #include <QFile>
@@ -19,12 +20,12 @@ ToolProductionTest::ToolProductionTest(QWidget* parent) : QWidget(parent)
     layout->setContentsMargins(40, 20, 40, 20);
     layout->setSpacing(20);
 
-    m_summaryButton = AddButton(layout, 0, "btnSummary", "Label_1000597");
-    m_detailButton = AddButton(layout, 1, "btnDetail", "Label_1000598");
+    m_summaryButton = AddButton(layout, 0, {"Label_1000597", Name("btnSummary")});
+    m_detailButton = AddButton(layout, 1, {"Label_1000598", Name("btnDetail")});
     auto* gap = new QWidget(this);
     gap->setFixedSize(100, 20);
     layout->addWidget(gap, 2, 0);
-    m_resetButton = AddButton(layout, 3, "btnReset", "Label_1000599");
+    m_resetButton = AddButton(layout, 3, {"Label_1000599", Name("btnReset")});
 
     m_views = new QTabWidget(this);
     m_views->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
@@ -50,13 +51,9 @@ ToolProductionTest::~ToolProductionTest()
     CloseComPort();
 }
 
-QPushButton* ToolProductionTest::AddButton(QGridLayout* layout, int row, const QString& name,
-                                           const QString& textKey)
+QPushButton* ToolProductionTest::AddButton(QGridLayout* layout, int row, const Button& content)
 {
-    auto* button = new QPushButton(MoskTranslator::Translate(textKey), this);
-    button->setObjectName(name);
-    button->setFixedSize(100, 50);
-    button->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    QPushButton* button = NewButton(content, {100, 50}, this);
     button->setProperty("status", "off");
     layout->addWidget(button, row, 0);
     return button;
@@ -65,9 +62,6 @@ QPushButton* ToolProductionTest::AddButton(QGridLayout* layout, int row, const Q
 ReceiveView* ToolProductionTest::AddView(const QString& title)
 {
     auto* view = new ReceiveView(this);
-    QFont font;
-    font.setPixelSize(22);
-    view->setFont(font);
     view->setReadOnly(true);
     m_views->addTab(view, title);
     return view;

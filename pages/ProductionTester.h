@@ -10,6 +10,7 @@ class QSerialPort;
 class QTabWidget;
 class QTimer;
 class ReceiveView;
+struct Button;
 
 /// Listens to the log of a board being flashed: shows it as it comes and, for each milestone in it,
 /// a green or red line of its own.
@@ -42,8 +43,7 @@ private slots:
     void OnBtnResetClicked();
 
 private:
-    QPushButton* AddButton(QGridLayout* layout, int row, const QString& name,
-                           const QString& textKey);
+    QPushButton* AddButton(QGridLayout* layout, int row, const Button& content);
     ReceiveView* AddView(const QString& title);
     void ShowView(int index, QPushButton* chosen, QPushButton* other);
     void OpenComPort();

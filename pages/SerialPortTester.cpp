@@ -1,8 +1,8 @@
 #include "pages/SerialPortTester.h"
 
 #include "frame/MoskTranslator.h"
-#include "instruments/PortRows.h"
 #include "instruments/ReceiveView.h"
+#include "instruments/Rows.h"
 #include "instruments/Uart.h"
 
 #include <QComboBox>
@@ -36,19 +36,17 @@ SerialPortTester::SerialPortTester(QWidget* parent) : QWidget(parent)
         m_chooser->addItem(QString("COM%1").arg(i));
     }
     m_chooser->setCurrentIndex(2);
-    m_openClose = AddPortRow(layout, "Label_1000300", m_chooser, "btnOpenCom", "Label_1000301");
+    m_openClose =
+        AddRow(layout, {"Label_1000300", m_chooser, {"Label_1000301", Name("btnOpenCom")}});
 
     m_sendText = new QLineEdit(tr("Hello MOSK!"), this);
     // What is pasted is sent whole; the default limit would cut it off without a word.
     m_sendText->setMaxLength(std::numeric_limits<int>::max());
     QPushButton* send =
-        AddPortRow(layout, "Label_1000302", m_sendText, "btnSendCom", "Label_1000303");
+        AddRow(layout, {"Label_1000302", m_sendText, {"Label_1000303", Name("btnSendCom")}});
 
     m_received = new ReceiveView(this);
-    QFont font;
-    font.setPixelSize(22);
-    m_received->setFont(font);
-    AddPortView(layout, "Label_1000304", m_received);
+    AddRow(layout, {"Label_1000304", m_received});
 
     connect(m_openClose, &QPushButton::clicked, this, &SerialPortTester::OnOpenCloseComPort);
     connect(send, &QPushButton::clicked, this, &SerialPortTester::OnBtnSendClicked);

@@ -2,14 +2,12 @@
 
 #include "frame/MoskTranslator.h"
 #include "instruments/ResultField.h"
-#include "instruments/Title.h"
+#include "instruments/Rows.h"
 
 #include <QDebug>
 #include <QFile>
 #include <QFileInfo>
 #include <QGridLayout>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSqlError>
@@ -21,20 +19,6 @@
 
 namespace
 {
-
-QLabel* NewLabel(const QString& textKey, QWidget* parent)
-{
-    QLabel* label = NewTitle(textKey, {80, 30}, parent);
-    label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    return label;
-}
-
-QLineEdit* NewField(const QString& text, QWidget* parent)
-{
-    auto* field = new QLineEdit(text, parent);
-    field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    return field;
-}
 
 /// Shows the outcome of a step in its field; a step that fails takes the later ones with it.
 void Show(std::initializer_list<QLineEdit*> fields, bool ok)
@@ -60,35 +44,25 @@ SqlTester::SqlTester(QWidget* parent) : QWidget(parent)
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setSpacing(10);
 
-    grid->addWidget(NewLabel("Label_1000400", steps), 0, 0);
-    m_path = NewField("/var/log/sqlite.db", steps);
-    m_path->setEnabled(false);
-    grid->addWidget(m_path, 0, 1);
-    auto* test = new QPushButton(MoskTranslator::Translate("Label_1000401"), steps);
-    test->setFixedSize(80, 30);
-    test->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    grid->addWidget(test, 0, 2);
-
     const QString resultText = MoskTranslator::Translate("Label_1000403");
-    grid->addWidget(NewLabel("Label_1000402", steps), 1, 0);
-    m_create = NewField(resultText, steps);
-    grid->addWidget(m_create, 1, 1, 1, 2);
-    grid->addWidget(NewLabel("Label_1000404", steps), 2, 0);
-    m_insert = NewField(resultText, steps);
-    grid->addWidget(m_insert, 2, 1, 1, 2);
-    grid->addWidget(NewLabel("Label_1000405", steps), 3, 0);
-    m_delete = NewField(resultText, steps);
-    grid->addWidget(m_delete, 3, 1, 1, 2);
+    m_path = new QLineEdit("/var/log/sqlite.db", steps);
+    m_path->setEnabled(false);
+    m_create = new QLineEdit(resultText, steps);
+    m_insert = new QLineEdit(resultText, steps);
+    m_delete = new QLineEdit(resultText, steps);
+    const QSize size(80, 30);
+    QPushButton* test = AddRow(grid, 0, size, {"Label_1000400", m_path, {"Label_1000401"}});
+    AddWideRow(grid, 1, size, {"Label_1000402", m_create});
+    AddWideRow(grid, 2, size, {"Label_1000404", m_insert});
+    AddWideRow(grid, 3, size, {"Label_1000405", m_delete});
+    for (QLineEdit* field : {m_path, m_create, m_insert, m_delete}) {
+        field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    }
 
-    auto* query = new QWidget(this);
-    query->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    layout->addWidget(query);
-    auto* row = new QHBoxLayout(query);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(10);
-    row->addWidget(NewLabel("Label_1000406", query));
-    m_result = new QTableView(query);
-    row->addWidget(m_result);
+    m_result = new QTableView(this);
+    // The key leads out of the table; the operator has a finger for its cells.
+    m_result->setTabKeyNavigation(false);
+    AddRow(layout, {"Label_1000406", m_result});
 
     connect(test, &QPushButton::clicked, this, &SqlTester::OnStartSqlTest);
 }

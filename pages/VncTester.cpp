@@ -2,6 +2,7 @@
 
 #include "frame/MoskTranslator.h"
 #include "instruments/MessageBoxes.h"
+#include "instruments/Rows.h"
 #include "instruments/ServiceFile.h"
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
@@ -49,13 +50,9 @@ ToolVncTest::ToolVncTest(QWidget* parent) : QWidget(parent)
     m_security = AddBox(layout, 4, "Label_1001004");
     m_password = AddField(layout, 5, "Label_1001003");
 
-    auto* set = new QPushButton(MoskTranslator::Translate("Label_1010005"), this);
-    set->setFixedSize(100, 30);
+    QPushButton* set = NewButton({"Label_1010005"}, {100, 30}, this);
     layout->addWidget(set, 6, 0);
-
-    auto* filler = new QWidget(this);
-    filler->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    layout->addWidget(filler, 7, 0, 1, 3);
+    AddFiller(layout, 7);
 
     connect(set, &QPushButton::clicked, this, &ToolVncTest::OnBtnSetClicked);
 
@@ -65,7 +62,7 @@ ToolVncTest::ToolVncTest(QWidget* parent) : QWidget(parent)
     }
 }
 
-QCheckBox* ToolVncTest::AddBox(QGridLayout* layout, int row, const QString& textKey)
+QCheckBox* ToolVncTest::AddBox(QGridLayout* layout, int row, const char* textKey)
 {
     auto* box = new QCheckBox(MoskTranslator::Translate(textKey), this);
     box->setFixedSize(titleSize);
@@ -74,13 +71,11 @@ QCheckBox* ToolVncTest::AddBox(QGridLayout* layout, int row, const QString& text
     return box;
 }
 
-QLineEdit* ToolVncTest::AddField(QGridLayout* layout, int row, const QString& titleKey)
+QLineEdit* ToolVncTest::AddField(QGridLayout* layout, int row, const char* titleKey)
 {
-    layout->addWidget(NewTitle(titleKey, titleSize, this), row, 0);
-
     auto* field = new QLineEdit(this);
     field->setFixedSize(240, 30);
-    layout->addWidget(field, row, 1);
+    AddWideRow(layout, row, titleSize, {titleKey, field});
     return field;
 }
 

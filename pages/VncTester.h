@@ -21,8 +21,8 @@ private slots:
     void OnBtnSetClicked();
 
 private:
-    QCheckBox* AddBox(QGridLayout* layout, int row, const QString& textKey);
-    QLineEdit* AddField(QGridLayout* layout, int row, const QString& titleKey);
+    QCheckBox* AddBox(QGridLayout* layout, int row, const char* textKey);
+    QLineEdit* AddField(QGridLayout* layout, int row, const char* titleKey);
     void LoadConfig();
     /// The content of a file with the field's text at the key. A field that the operator did not
     /// touch leaves the file's value; only a missing key is added.

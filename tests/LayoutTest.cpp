@@ -6,9 +6,58 @@
 
 #include <QLabel>
 
-#include <memory>
+#include <algorithm>
 
 /// What an operator sees of every page: nothing cut, nothing covered, nothing outside the window.
+namespace
+{
+
+void Speak(const QString& language)
+{
+    MoskSettings::GetInstance()->SetValue("Language", language);
+    MoskTranslator::Reload();
+}
+
+QRect PlaceIn(const QWidget& window, const QWidget* widget)
+{
+    return {widget->mapTo(&window, QPoint()), widget->size()};
+}
+
+/// The page's widgets that the Tab key can reach, in the order that it takes.
+QList<QWidget*> TabOrderOf(QWidget* page)
+{
+    QList<QWidget*> reached;
+    QWidget* widget = page->nextInFocusChain();
+    for (; widget != page; widget = widget->nextInFocusChain()) {
+        if (page->isAncestorOf(widget) && widget->isVisible() && widget->isEnabled() &&
+            widget->focusProxy() == nullptr && (widget->focusPolicy() & Qt::TabFocus) != 0) {
+            reached += widget;
+        }
+    }
+    return reached;
+}
+
+/// Compares a box with the page that it stands on: it has an edge on each side and a colour of its
+/// own, and buttons for a finger in a glove.
+void CompareWithPage(QMessageBox& box, const QWidget& window)
+{
+    const QImage image = box.grab().toImage();
+    const QColor inside = image.pixelColor(5, 5);
+    QVERIFY(qAbs(inside.lightness() - QColor(240, 240, 240).lightness()) > 30);
+    const QPoint middle = image.rect().center();
+    for (const QPoint& edge : {QPoint(0, middle.y()), QPoint(image.width() - 1, middle.y()),
+                               QPoint(middle.x(), 0), QPoint(middle.x(), image.height() - 1)}) {
+        QVERIFY(qAbs(inside.lightness() - image.pixelColor(edge).lightness()) > 60);
+    }
+    QVERIFY(window.geometry().contains(box.geometry()));
+    for (const QAbstractButton* button : box.buttons()) {
+        QVERIFY(button->width() >= 100 && button->height() >= 40);
+        QVERIFY(box.rect().contains(PlaceIn(box, button)));
+    }
+}
+
+} // namespace
+
 class LayoutTest : public QObject
 {
     Q_OBJECT
@@ -18,8 +67,12 @@ private slots:
 
     void everyPageShowsItsTextsWhole_data();
     void everyPageShowsItsTextsWhole();
+    void tabKeyGoesRowByRow_data();
+    void tabKeyGoesRowByRow();
     void questionIsShownWhole_data();
     void questionIsShownWhole();
+    void boxesAreMadeForThePageAndForGloves_data();
+    void boxesAreMadeForThePageAndForGloves();
 };
 
 void LayoutTest::initTestCase()
@@ -48,8 +101,7 @@ void LayoutTest::everyPageShowsItsTextsWhole()
     QFETCH(int, page);
     QFETCH(QString, language);
     QFETCH(QSize, size);
-    MoskSettings::GetInstance()->SetValue("Language", language);
-    MoskTranslator::Reload();
+    Speak(language);
     MoskTester window;
     window.resize(size);
     window.show();
@@ -75,14 +127,59 @@ void LayoutTest::everyPageShowsItsTextsWhole()
         QVERIFY2(widget->fontMetrics().horizontalAdvance(text) <= widget->width() &&
                      widget->fontMetrics().height() <= widget->height(),
                  qPrintable("cut: " + text));
-        const QRect place(widget->mapTo(&window, QPoint()), widget->size());
+        const QRect place = PlaceIn(window, widget);
         QVERIFY2(window.rect().contains(place), qPrintable("outside: " + text));
         for (const QWidget* other : qAsConst(seen)) {
-            const QRect otherPlace(other->mapTo(&window, QPoint()), other->size());
-            QVERIFY2(!place.intersects(otherPlace), qPrintable("covered: " + text));
+            QVERIFY2(!place.intersects(PlaceIn(window, other)), qPrintable("covered: " + text));
         }
         seen += widget;
     }
+}
+
+void LayoutTest::tabKeyGoesRowByRow_data()
+{
+    QTest::addColumn<int>("page");
+    for (int page = BodyWidget::HomePage; page <= BodyWidget::CameraPage; ++page) {
+        // Its column of buttons stands beside views that are only read.
+        if (page != BodyWidget::ProductionPage) {
+            QTest::newRow(QByteArray::number(page)) << page;
+        }
+    }
+}
+
+void LayoutTest::tabKeyGoesRowByRow()
+{
+    QFETCH(int, page);
+    MoskTester window;
+    window.resize(1024, 600);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    window.GetBody()->OpenPage(page);
+    QCoreApplication::processEvents();
+    QWidget* shown = window.GetBody()->layout()->itemAt(0)->widget();
+    QList<QWidget*> rows = TabOrderOf(shown);
+    QVERIFY(rows.size() > 1);
+    std::stable_sort(rows.begin(), rows.end(), [&](const QWidget* first, const QWidget* second) {
+        // A view takes the height left, beside the rows or below them: it comes last.
+        const bool isView = first->inherits("QAbstractScrollArea");
+        if (isView != second->inherits("QAbstractScrollArea")) {
+            return !isView;
+        }
+        const QRect one = PlaceIn(window, first);
+        const QRect other = PlaceIn(window, second);
+        const bool isOneRow = one.top() <= other.center().y() && other.top() <= one.center().y();
+        return isOneRow ? one.left() < other.left() : one.top() < other.top();
+    });
+
+    rows.first()->setFocus(Qt::TabFocusReason);
+    QList<QWidget*> reached;
+    for (int i = 0; i < rows.size(); ++i) {
+        reached += window.focusWidget();
+        QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
+    }
+
+    QCOMPARE(reached, rows);
+    QVERIFY(!shown->isAncestorOf(window.focusWidget()));
 }
 
 void LayoutTest::questionIsShownWhole_data()
@@ -108,6 +205,58 @@ void LayoutTest::questionIsShownWhole()
     });
 
     QVERIFY(!AskOperator(nullptr, text));
+}
+
+void LayoutTest::boxesAreMadeForThePageAndForGloves_data()
+{
+    QTest::addColumn<int>("page");
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<int>("presses");
+    QTest::addColumn<QString>("language");
+
+    for (const char* language : {"english", "chinese"}) {
+        const QByteArray in = QByteArray(" in ") + language;
+        const auto add = [&](const char* name, int page, const char* button, int presses) {
+            QTest::newRow(name + in) << page << button << presses << language;
+        };
+        add("port that cannot be opened", BodyWidget::SerialPage, "Label_1000301", 1);
+        add("HMI asked for and confirmed", BodyWidget::HomePage, "Label_1000204", 2);
+        add("end asked for and confirmed", BodyWidget::HomePage, "Label_1000207", 2);
+        add("settings written", BodyWidget::RemoteAccessPage, "Label_1010005", 1);
+    }
+}
+
+void LayoutTest::boxesAreMadeForThePageAndForGloves()
+{
+    QFETCH(int, page);
+    QFETCH(QString, button);
+    QFETCH(int, presses);
+    QFETCH(QString, language);
+    QFile::remove("/etc/qttestend");
+    Speak(language);
+    MoskTester window;
+    window.resize(800, 480);
+    window.show();
+    window.GetBody()->OpenPage(page);
+    QAbstractButton* opensTheBox = nullptr;
+    for (auto* each : window.GetBody()->findChildren<QAbstractButton*>()) {
+        opensTheBox = each->text() == Text(qPrintable(button)) ? each : opensTheBox;
+    }
+    QVERIFY(opensTheBox != nullptr);
+
+    int seen = 0;
+    for (int i = 0; i < presses; ++i) {
+        QTimer::singleShot(0, qApp, [&window, &seen] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            QVERIFY(box != nullptr);
+            ++seen;
+            CompareWithPage(*box, window);
+            QTest::mouseClick(box->buttons().first(), Qt::LeftButton);
+        });
+        QTest::mouseClick(opensTheBox, Qt::LeftButton);
+    }
+
+    QCOMPARE(seen, presses);
 }
 
 QTEST_MAIN(LayoutTest)

@@ -1,17 +1,14 @@
 #include "pages/VoiceTester.h"
 
 #include "frame/MoskTranslator.h"
+#include "instruments/NameSelector.h"
+#include "instruments/Rows.h"
 #include "instruments/Shell.h"
-#include "instruments/Title.h"
 
-#include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QProcess>
 #include <QPushButton>
-#include <QStyleOptionComboBox>
-#include <QStylePainter>
-#include <QStyledItemDelegate>
 #include <QTimer>
 
 #include <algorithm>
@@ -47,46 +44,11 @@ QByteArray Quoted(const QByteArray& name, int limit)
     return quoted + "'";
 }
 
+/// A file on one line: the scan's items keep their line ends.
 QString WithoutLineEnd(const QString& item)
 {
     return item.endsWith('\n') ? item.chopped(1) : item;
 }
-
-/// The files in the open list, a line each: an item's own line end would make it two.
-class FileDelegate : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    QString displayText(const QVariant& value, const QLocale& /*locale*/) const override
-    {
-        return WithoutLineEnd(value.toString());
-    }
-};
-
-/// The chosen file, on one line too; of a long path both ends are shown.
-class FileSelector : public QComboBox
-{
-public:
-    explicit FileSelector(QWidget* parent) : QComboBox(parent)
-    {
-        setItemDelegate(new FileDelegate(this));
-    }
-
-protected:
-    void paintEvent(QPaintEvent* /*event*/) override
-    {
-        QStylePainter painter(this);
-        QStyleOptionComboBox option;
-        initStyleOption(&option);
-        const QRect place = style()->subControlRect(QStyle::CC_ComboBox, &option,
-                                                    QStyle::SC_ComboBoxEditField, this);
-        option.currentText = option.fontMetrics.elidedText(WithoutLineEnd(option.currentText),
-                                                           Qt::ElideMiddle, place.width());
-        painter.drawComplexControl(QStyle::CC_ComboBox, option);
-        painter.drawControl(QStyle::CE_ComboBoxLabel, option);
-    }
-};
 
 } // namespace
 
@@ -108,23 +70,11 @@ VoiceTester::VoiceTester(QWidget* parent) : QWidget(parent)
     layout->setSpacing(20);
 
     const QSize size(100, 30);
-    layout->addWidget(NewTitle("Label_1000800", size, this), 0, 0);
-    m_files = new FileSelector(this);
-    m_files->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    layout->addWidget(m_files, 0, 1);
-    auto* scan = new QPushButton(MoskTranslator::Translate("Label_1000801"), this);
-    scan->setFixedSize(size);
-    layout->addWidget(scan, 0, 2);
-
-    layout->addWidget(NewTitle("Label_1000802", size, this), 1, 0);
-    auto* play = new QPushButton(MoskTranslator::Translate("Label_1000803"), this);
-    play->setObjectName("btnPlay");
-    play->setFixedSize(size);
-    layout->addWidget(play, 1, 2);
-
-    auto* filler = new QWidget(this);
-    filler->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    layout->addWidget(filler, 2, 0, 1, 3);
+    m_files = new NameSelector(WithoutLineEnd, this);
+    QPushButton* scan = AddRow(layout, 0, size, {"Label_1000800", m_files, {"Label_1000801"}});
+    QPushButton* play =
+        AddRow(layout, 1, size, {"Label_1000802", nullptr, {"Label_1000803", Name("btnPlay")}});
+    AddFiller(layout, 2);
 
     m_timer = new QTimer(this);
 

@@ -1,21 +1,21 @@
 #include "pages/WifiTester.h"
 
 #include "frame/MoskTranslator.h"
+#include "instruments/NameSelector.h"
 #include "instruments/Ping.h"
 #include "instruments/ResultField.h"
+#include "instruments/Rows.h"
 #include "instruments/Shell.h"
-#include "instruments/Title.h"
 #include "protocols/PingOutput.h"
 
-#include <QComboBox>
 #include <QFile>
 #include <QGridLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
 #include <QTextStream>
 
+#include <algorithm>
 #include <cstdio>
 #include <optional>
 #include <utility>
@@ -65,6 +65,38 @@ QByteArray SsidBytes(const QByteArray& printed)
     return ssid;
 }
 
+bool IsSeenOnALine(uint character)
+{
+    const QChar::Category category = QChar::category(character);
+    return QChar::isPrint(character) && category != QChar::Separator_Line &&
+           category != QChar::Separator_Paragraph;
+}
+
+/// A network's name as people read it. A name that is no text, or has in it what cannot be seen on
+/// a line, is left as the client prints it.
+QString ReadableName(const QByteArray& printed)
+{
+    const QByteArray ssid = SsidBytes(printed);
+    const QString name = QString::fromUtf8(ssid);
+    const QVector<uint> characters = name.toUcs4();
+    const bool isReadable =
+        name.toUtf8() == ssid && std::all_of(characters.begin(), characters.end(), IsSeenOnALine);
+    return isReadable ? name : QString::fromUtf8(printed);
+}
+
+/// What the list shows of a network, its name and its signal.
+QString ShownNetwork(const QString& item)
+{
+    const QString printed = item.section(' ', 0, 0);
+    const QString name = ReadableName(printed.toUtf8());
+    if (name == printed) {
+        return item;
+    }
+    // Keeps the signal behind a name that is written from right to left.
+    const QChar leftToRightMark(0x200e);
+    return name + leftToRightMark + item.mid(printed.size());
+}
+
 /// Composes the command that sets a variable of network 0 to a value in double quotes; false when
 /// it does not fit. The value comes from the air or the keyboard: between the shell's single quotes
 /// nothing of it is run.
@@ -92,7 +124,7 @@ std::optional<QString> StatusText(const QByteArray& status)
         return std::nullopt;
     }
     return MoskTranslator::Translate("Label_1000710") + ' ' +
-           QString::fromUtf8(status.mid(name, end - name));
+           ReadableName(status.mid(name, end - name));
 }
 
 } // namespace
@@ -104,30 +136,29 @@ ToolWifiTest::ToolWifiTest(QWidget* parent) : QWidget(parent)
     layout->setSpacing(20);
 
     m_lineStatus = new QLineEdit(this);
-    m_comboSsid = new QComboBox(this);
+    m_comboSsid = new NameSelector(ShownNetwork, this);
     m_linePassword = new QLineEdit(this);
     m_linePingHost = new QLineEdit(publicPingTarget, this);
     m_lineResult = new QLineEdit(this);
 
-    m_btnOpenWifi =
-        AddRow(layout, 0, "Label_1000700", m_lineStatus, "Label_1000712", "m_btnOpenWifi");
-    QPushButton* scan = AddRow(layout, 1, "Label_1000701", m_comboSsid, "Label_1000702", "btnScan");
+    m_isWifiEnabled = IsWifiEnable();
+    const char* const switchKey = m_isWifiEnabled ? "Label_1000713" : "Label_1000712";
+    const QSize size(100, 30);
+    m_btnOpenWifi = AddRow(layout, 0, size,
+                           {"Label_1000700", m_lineStatus, {switchKey, Name("m_btnOpenWifi")}});
+    QPushButton* scan =
+        AddRow(layout, 1, size, {"Label_1000701", m_comboSsid, {"Label_1000702", Name("btnScan")}});
     m_comboSsid->setFixedHeight(30);
     m_comboSsid->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    QPushButton* connectNetwork =
-        AddRow(layout, 2, "Label_1000703", m_linePassword, "Label_1000704", "btnConnect");
-    QPushButton* ping = AddRow(layout, 3, pingTitle, m_linePingHost, "Label_1000705", "btnPing");
-    QPushButton* save =
-        AddRow(layout, 4, "Label_1000707", m_lineResult, "Label_1000706", "btnSave");
-    QPushButton* refresh = AddButton(layout, 5, "Label_1000714", "btnRef");
-
-    auto* filler = new QWidget(this);
-    filler->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    layout->addWidget(filler, 8, 0, 1, 3);
-
-    m_isWifiEnabled = IsWifiEnable();
-    m_btnOpenWifi->setText(
-        MoskTranslator::Translate(m_isWifiEnabled ? "Label_1000713" : "Label_1000712"));
+    QPushButton* connectNetwork = AddRow(
+        layout, 2, size, {"Label_1000703", m_linePassword, {"Label_1000704", Name("btnConnect")}});
+    QPushButton* ping =
+        AddRow(layout, 3, size, {pingTitle, m_linePingHost, {"Label_1000705", Name("btnPing")}});
+    QPushButton* save = AddRow(layout, 4, size,
+                               {"Label_1000707", m_lineResult, {"Label_1000706", Name("btnSave")}});
+    QPushButton* refresh = NewButton({"Label_1000714", Name("btnRef")}, size, this);
+    layout->addWidget(refresh, 5, 2);
+    AddFiller(layout, 8);
 
     connect(m_btnOpenWifi, &QPushButton::clicked, this, &ToolWifiTest::OnBtnOpenClicked);
     connect(scan, &QPushButton::clicked, this, &ToolWifiTest::OnBtnScanClicked);
@@ -137,28 +168,6 @@ ToolWifiTest::ToolWifiTest(QWidget* parent) : QWidget(parent)
     connect(refresh, &QPushButton::clicked, this, &ToolWifiTest::OnBtnRefreshClicked);
 
     OnLabelStatusRefreshed();
-}
-
-QPushButton* ToolWifiTest::AddRow(QGridLayout* layout, int row, const QString& titleKey,
-                                  QWidget* field, const QString& buttonKey,
-                                  const QString& buttonName)
-{
-    layout->addWidget(NewTitle(titleKey, {100, 30}, this), row, 0);
-
-    field->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
-    layout->addWidget(field, row, 1);
-
-    return AddButton(layout, row, buttonKey, buttonName);
-}
-
-QPushButton* ToolWifiTest::AddButton(QGridLayout* layout, int row, const QString& textKey,
-                                     const QString& name)
-{
-    auto* button = new QPushButton(MoskTranslator::Translate(textKey), this);
-    button->setObjectName(name);
-    button->setFixedSize(100, 30);
-    layout->addWidget(button, row, 2);
-    return button;
 }
 
 bool ToolWifiTest::IsWifiEnable()

@@ -3,7 +3,6 @@
 #include <QWidget>
 
 class QComboBox;
-class QGridLayout;
 class QLineEdit;
 class QPushButton;
 
@@ -25,10 +24,6 @@ private slots:
     void OnBtnRefreshClicked(bool checked);
 
 private:
-    QPushButton* AddRow(QGridLayout* layout, int row, const QString& titleKey, QWidget* field,
-                        const QString& buttonKey, const QString& buttonName);
-    QPushButton* AddButton(QGridLayout* layout, int row, const QString& textKey,
-                           const QString& name);
     void OnLabelStatusRefreshed();
     bool IsWifiEnable();
 

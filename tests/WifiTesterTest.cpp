@@ -3,6 +3,7 @@
 #include "simulated-board/Board.h"
 #include "tests/Operate.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
@@ -10,6 +11,7 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QStyledItemDelegate>
 
 #include <csignal>
 
@@ -72,6 +74,9 @@ private slots:
     void scanListsTheNetworksOfAnEarlierScan();
     void scanShowsWhatTheSupplicantPrints_data();
     void scanShowsWhatTheSupplicantPrints();
+    void namesAreShownAsPeopleReadThem_data();
+    void namesAreShownAsPeopleReadThem();
+    void longNameKeepsItsSignalInSight();
     void scanReplacesTheList();
     void scanOf200Networks();
     void scanStopsAtAnEmptyLine();
@@ -357,7 +362,10 @@ void WifiTesterTest::statusOfEverySupplicantState_data()
     QTest::newRow("COMPLETED without an address")
         << QByteArray("ssid=Bench\nwpa_state=COMPLETED\n") << "Disconnect";
     QTest::newRow("name with a blank") << StatusOf("My Bench") << "Connected My Bench";
-    QTest::newRow("escaped name") << StatusOf("\\xe5\\xb7\\xa5") << "Connected \\xe5\\xb7\\xa5";
+    QTest::newRow("escaped name") << StatusOf("\\xe5\\xb7\\xa5") << "Connected 工";
+    QTest::newRow("escaped quote") << StatusOf("a\\\"b") << "Connected a\"b";
+    QTest::newRow("name of no text") << StatusOf("\\xff\\xfe") << "Connected \\xff\\xfe";
+    QTest::newRow("line end in the name") << StatusOf("a\\nb") << "Connected a\\nb";
     QTest::newRow("name in UTF-8") << StatusOf("工厂") << "Connected 工厂";
     QTest::newRow("name with an equals sign") << StatusOf("ssid=x") << "Connected ssid=x";
     QTest::newRow("empty name") << StatusOf("") << "Connected ";
@@ -491,6 +499,88 @@ void WifiTesterTest::scanShowsWhatTheSupplicantPrints()
         QCOMPARE(Networks()->itemText(i), items[i]);
     }
     QVERIFY(!QFileInfo::exists(resultsPath));
+}
+
+void WifiTesterTest::namesAreShownAsPeopleReadThem_data()
+{
+    QTest::addColumn<QString>("item");
+    QTest::addColumn<QString>("shown");
+
+    // Keeps the signal behind a name that is written from right to left.
+    const QString mark(QChar(0x200e));
+    QTest::newRow("plain") << "Bench -50"
+                           << "Bench -50";
+    QTest::newRow("Chinese") << R"(\xe5\xb7\xa5\xe5\x8e\x82 -61)"
+                             << "工厂" + mark + " -61";
+    QTest::newRow("mixed") << R"(Bench\xe4\xb8\x80 -61)"
+                           << "Bench一" + mark + " -61";
+    QTest::newRow("Hebrew") << R"(\xd7\xa9\xd7\x9c -50)"
+                            << "של" + mark + " -50";
+    QTest::newRow("a picture") << R"(\xf0\x9f\x98\x80 -50)"
+                               << "😀" + mark + " -50";
+    QTest::newRow("quote and backslash") << R"(a\"b\\c -50)"
+                                         << R"(a"b\c)" + mark + " -50";
+    QTest::newRow("a backslash and no escape") << R"(\\xe5\\xb7 -50)"
+                                               << R"(\xe5\xb7)" + mark + " -50";
+    QTest::newRow("in UTF-8 already") << "工厂 -61"
+                                      << "工厂 -61";
+    QTest::newRow("no signal") << R"(\xe5\xb7\xa5)"
+                               << "工" + mark;
+    QTest::newRow("hidden") << " -75"
+                            << " -75";
+    // These are shown as the client prints them.
+    for (const char* name : {
+             R"(\xff\xfe)",       R"(\xe5\xb7)",
+             R"(\xc0\xaf)",       R"(\xed\xa0\x80)", // no UTF-8
+             R"(a\nb)",           R"(a\rb)",
+             R"(a\tb)",           R"(\e[31m)",
+             R"(\x01)",           R"(\x7f)",
+             R"(a\xc2\x85b)",     R"(a\xe2\x80\xa8b)",
+             R"(a\xe2\x80\xa9b)",                      // line and paragraph separators
+             R"(a\xe2\x80\xaeb)", R"(\xe2\x81\xa6a)",  // bidirectional control
+             R"(\xef\xbb\xbfa)",  R"(a\xe2\x80\x8bb)", // what is not seen
+             R"(\xef\xbf\xbf)",   R"(\xf3\xb0\x80\x80)",
+             R"(\xe5\x)",         R"(\x00)", // no characters
+         }) {
+        QTest::newRow(name) << QString(name) + " -50" << QString(name) + " -50";
+    }
+}
+
+void WifiTesterTest::namesAreShownAsPeopleReadThem()
+{
+    QFETCH(QString, item);
+    QFETCH(QString, shown);
+    BuildOn("");
+    auto* list = qobject_cast<QStyledItemDelegate*>(Networks()->view()->itemDelegate());
+    QVERIFY(list != nullptr);
+
+    Networks()->addItem(item);
+    const QImage closed = Networks()->grab().toImage();
+
+    QCOMPARE(Networks()->currentText(), item);
+    QCOMPARE(list->displayText(item, QLocale()), shown);
+    // The closed box shows it as a list without escapes would.
+    QComboBox plain;
+    plain.addItem(shown);
+    plain.resize(Networks()->size());
+    plain.setEnabled(Networks()->isEnabled());
+    QCOMPARE(closed, plain.grab().toImage());
+}
+
+void WifiTesterTest::longNameKeepsItsSignalInSight()
+{
+    BuildOn("");
+    Networks()->setFixedWidth(200);
+    QImage shown[2];
+
+    for (const int signal : {0, 1}) {
+        Networks()->clear();
+        Networks()->addItem(QString(32, 'n') + QString(" -5%1").arg(signal));
+        shown[signal] = Networks()->grab().toImage();
+    }
+
+    QVERIFY(shown[0] != shown[1]);
+    QCOMPARE(Networks()->view()->textElideMode(), Qt::ElideMiddle);
 }
 
 void WifiTesterTest::scanReplacesTheList()

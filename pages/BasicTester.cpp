@@ -127,8 +127,10 @@ BasicTester::BasicTester(QWidget* parent) : QWidget(parent)
     m_buzzer = new QLineEdit(resultText, this);
     auto* touch = new QLineEdit(MoskTranslator::Translate("Label_1000009"), this);
     m_ethernet = new QLineEdit("192.168.10.1", this);
+    m_ethernet->setInputMethodHints(Qt::ImhPreferNumbers);
     m_clockRead = new QLineEdit(resultText, this);
     m_clockSet = new QLineEdit("2022-01-01 00:00:00", this);
+    m_clockSet->setInputMethodHints(Qt::ImhPreferNumbers);
     m_mobile = new QLineEdit(publicPingTarget, this);
 
     const char* const detection = "Label_1000003";

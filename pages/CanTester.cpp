@@ -63,6 +63,7 @@ CanTester::CanTester(QWidget* parent) : QWidget(parent)
         AddRow(layout, {"Label_1000900", m_chooser, {"Label_1000901", Name("btnOpenCom")}});
 
     m_sendText = new QLineEdit(tr("1122334455667788"), this);
+    m_sendText->setInputMethodHints(Qt::ImhPreferNumbers);
     QPushButton* send =
         AddRow(layout, {"Label_1000902", m_sendText, {"Label_1000903", Name("btnSendCom")}});
 

@@ -49,6 +49,9 @@ ToolVncTest::ToolVncTest(QWidget* parent) : QWidget(parent)
     m_remotePort->setValidator(new QIntValidator(0, 65535, m_remotePort));
     m_security = AddBox(layout, 4, "Label_1001004");
     m_password = AddField(layout, 5, "Label_1001003");
+    for (QLineEdit* field : {m_serverAddress, m_serverPort, m_remotePort}) {
+        field->setInputMethodHints(Qt::ImhPreferNumbers);
+    }
 
     QPushButton* set = NewButton({"Label_1010005"}, {100, 30}, this);
     layout->addWidget(set, 6, 0);

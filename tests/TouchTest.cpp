@@ -1,3 +1,4 @@
+#include "frame/BodyWidget.h"
 #include "frame/MoskSettings.h"
 #include "frame/MoskTester.h"
 #include "pages/BasicTester.h"
@@ -325,19 +326,16 @@ void TouchTest::calibrationPaintsTheWindowAnew()
         }
     } paints;
     MoskTester window;
+    window.GetBody()->OpenPage(BodyWidget::BasicPage);
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QCoreApplication::processEvents();
     window.installEventFilter(&paints);
-    g_mainwnd = &window;
 
-    m_page->findChild<QPushButton*>("btnTouchCalc")->setEnabled(true);
-    Press(m_page.get(), "btnTouchCalc");
+    window.findChild<QPushButton*>("btnTouchCalc")->setEnabled(true);
+    Press(&window, "btnTouchCalc");
 
-    const bool isPainted = QTest::qWaitFor([&paints] { return paints.count > 0; });
-    g_mainwnd = nullptr;
-
-    QVERIFY(isPainted);
+    QTRY_VERIFY(paints.count > 0);
 }
 
 void TouchTest::testCoversTheScreen_data()

@@ -21,6 +21,13 @@ const QRect screen(0, 0, 1024, 600);
 const int longestWaitMs = 200000;
 const int keptTaps = 40;
 
+int SecondsToRun()
+{
+    return qEnvironmentVariableIsSet("RANDOM_TAPS_SECONDS")
+               ? qEnvironmentVariableIntValue("RANDOM_TAPS_SECONDS")
+               : 30;
+}
+
 } // namespace
 
 /// A hasty operator at the real program for as long as RANDOM_TAPS_SECONDS says, half a minute
@@ -67,7 +74,7 @@ private:
 void RandomTapsTest::initTestCase()
 {
     const QString home = QString::fromLocal8Bit(qgetenv("BOARD_HOME"));
-    Board::Become(Board::ReadFile(home + "/boards/default.board"));
+    Board::Become(Board::ReadFile(home + "/../boards/default.board"));
     bool isGiven = false;
     m_seed = qEnvironmentVariable("RANDOM_TAPS_SEED").toUInt(&isGiven);
     if (!isGiven) {
@@ -225,15 +232,12 @@ void RandomTapsTest::OpenAnyPage()
 
 void RandomTapsTest::programLivesThroughRandomTaps()
 {
-    const int seconds = qEnvironmentVariableIsSet("RANDOM_TAPS_SECONDS")
-                            ? qEnvironmentVariableIntValue("RANDOM_TAPS_SECONDS")
-                            : 30;
     qInfo("RANDOM_TAPS_SEED=%u", m_seed);
     QElapsedTimer begun;
     begun.start();
     QVERIFY2(Start(), qPrintable(m_operator.Error()));
     int bursts = 0;
-    while (begun.elapsed() < qint64(seconds) * 1000) {
+    while (begun.elapsed() < qint64(SecondsToRun()) * 1000) {
         if (OneIn(8)) {
             OpenAnyPage();
         }
@@ -252,5 +256,13 @@ void RandomTapsTest::programLivesThroughRandomTaps()
     QVERIFY2(m_operator.Idle() || Lives(), qPrintable(m_operator.Error()));
 }
 
-QTEST_GUILESS_MAIN(RandomTapsTest)
+int main(int argc, char** argv)
+{
+    // Qt would end a test function after five minutes.
+    qputenv("QTEST_FUNCTION_TIMEOUT",
+            QByteArray::number(SecondsToRun() * qint64(1000) + longestWaitMs));
+    QCoreApplication application(argc, argv);
+    RandomTapsTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "RandomTapsTest.moc"

@@ -8,9 +8,26 @@
 #include <QGridLayout>
 #include <QPushButton>
 
+namespace
+{
+
+/// Has GStreamer's camera source free its buffers when it stops. Left to itself it gives them up
+/// and loses track of them (1.22): five descriptors each time, one of them the camera's. It reads
+/// the variable whenever a camera stops.
+void MakeCamerasFreeTheirBuffers()
+{
+    if (!qEnvironmentVariableIsSet("GST_V4L2_FORCE_DRAIN")) {
+        qputenv("GST_V4L2_FORCE_DRAIN", "1");
+    }
+}
+
+} // namespace
+
 CameraTester::CameraTester(QWidget* parent)
     : QWidget(parent), m_cameras(QCameraInfo::availableCameras())
 {
+    MakeCamerasFreeTheirBuffers();
+
     auto* layout = new QGridLayout(this);
 
     m_viewfinder = new QCameraViewfinder(this);

@@ -8,6 +8,9 @@
 
 #include <cstring>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace
 {
 
@@ -190,6 +193,7 @@ bool CameraSwitch::Open()
     }
     m_openDevice = camera.device;
     OpenCameras().insert(m_openDevice);
+    m_descriptor = open("/run/board/cameras", O_RDONLY | O_CLOEXEC);
     Note("open", m_openDevice);
     m_frames.start(millisecondsAFrame);
     return true;
@@ -203,6 +207,9 @@ void CameraSwitch::Close()
     }
     m_renderer.Stop();
     OpenCameras().remove(m_openDevice);
+    if (qEnvironmentVariableIsSet("GST_V4L2_FORCE_DRAIN")) {
+        close(m_descriptor);
+    }
     Note("close", m_openDevice);
     m_openDevice.clear();
 }

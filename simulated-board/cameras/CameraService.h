@@ -50,7 +50,8 @@ private:
 };
 
 /// Switches the camera on and off, and notes both in /run/board/received/cameras: "open DEVICE" and
-/// "close DEVICE". As with a real camera, nobody else can open it meanwhile.
+/// "close DEVICE". As with a real camera, nobody else can open it meanwhile. As with GStreamer's
+/// camera source (1.22), its descriptor stays open for good unless GST_V4L2_FORCE_DRAIN is set.
 class CameraSwitch : public QCameraControl
 {
     Q_OBJECT
@@ -79,6 +80,7 @@ private:
     CameraRenderer& m_renderer;
     QTimer m_frames;
     QByteArray m_openDevice;
+    int m_descriptor = -1;
     QCamera::State m_state = QCamera::UnloadedState;
     QCamera::Status m_status = QCamera::UnloadedStatus;
     QCamera::CaptureModes m_mode = QCamera::CaptureViewfinder;

@@ -4,10 +4,11 @@ set -eu
 
 usage() {
     cat <<'TEXT'
-Usage: run.sh [tour | vnc [PORT]] [--size WIDTHxHEIGHT]
+Usage: run.sh [tour | vnc [PORT] | board] [--size WIDTHxHEIGHT]
   (nothing)   the program in a window; where there is no display, the tour
   tour        presses every check, prints what each showed, saves pictures in out/tour
   vnc [PORT]  shows the program to a VNC viewer at localhost:PORT (5900)
+  board       the program on an ARMv7 board in QEMU, at localhost:5900 (docs/virtual-board.md)
 TEXT
 }
 
@@ -44,6 +45,7 @@ while [ $# -gt 0 ]; do
         usage
         exit
         ;;
+    board) shift; exec virtual-board/start --vnc "$port" --size "$size" "$@" ;;
     tour | vnc)
         [ -z "$what" ] || refuse "'$1' after '$what': only one of them can be shown"
         what=$1

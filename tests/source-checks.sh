@@ -8,7 +8,7 @@
 set -eu
 
 cd "$(dirname "$0")/.."
-rooms="frame instruments pages simulated-board tests benchmarks"
+rooms="frame instruments pages simulated-board tests benchmarks virtual-board"
 
 case $1 in
 format)

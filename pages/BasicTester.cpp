@@ -233,7 +233,7 @@ void BasicTester::OnBtnDdrTestClicked(bool /*checked*/) {}
 void BasicTester::OnBtnNetTestClicked(bool /*checked*/)
 {
     const QString target = m_ethernet->text();
-    if (target.split('.').size() != 4) {
+    if (target.count('.') != 3) {
         return;
     }
     PaintPage();

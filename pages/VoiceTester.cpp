@@ -4,6 +4,7 @@
 #include "instruments/NameSelector.h"
 #include "instruments/Rows.h"
 #include "instruments/Shell.h"
+#include "protocols/Player.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -11,57 +12,13 @@
 #include <QPushButton>
 #include <QTimer>
 
-#include <algorithm>
-#include <cstdio>
-#include <cstring>
-
 namespace
 {
 
 /// Set by the first play and kept to the program's end: a run of the program plays one sound.
 bool m_isPlaying = false;
 
-/// Whether the character means nothing to the shell, wherever it stands in a word.
-bool IsOrdinary(char character)
-{
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           (character >= '0' && character <= '9') ||
-           (character != '\0' && std::strchr("/._-+,:@%", character) != nullptr);
-}
-
-/// The name in quotes that the shell takes as they are, cut so that it has `limit` bytes at most
-/// with its quotes: a name must never lose the quote that closes it.
-QByteArray Quoted(const QByteArray& name, int limit)
-{
-    QByteArray quoted = "'";
-    for (const char character : name) {
-        const QByteArray piece = character == '\'' ? QByteArray("'\\''") : QByteArray(1, character);
-        if (quoted.size() + piece.size() + 1 > limit) {
-            break;
-        }
-        quoted += piece;
-    }
-    return quoted + "'";
-}
-
-/// A file on one line: the scan's items keep their line ends.
-QString WithoutLineEnd(const QString& item)
-{
-    return item.endsWith('\n') ? item.chopped(1) : item;
-}
-
 } // namespace
-
-QByteArray PlayCommand(const QString& item)
-{
-    QByteArray name = WithoutLineEnd(item).toUtf8();
-    char command[100] = {};
-    if (!std::all_of(name.begin(), name.end(), IsOrdinary)) {
-        name = Quoted(name, sizeof command - sizeof "tinyplay  &");
-    }
-    std::snprintf(command, sizeof command, "tinyplay %s &", name.constData());
-    return command;
-}
 
 VoiceTester::VoiceTester(QWidget* parent) : QWidget(parent)
 {

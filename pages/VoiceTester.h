@@ -6,11 +6,6 @@ class QComboBox;
 class QLabel;
 class QTimer;
 
-/// The command line that plays a sound file in the background, cut to what its buffer of 100 bytes
-/// holds. `item` is a line of the scan's output, with or without its line end; whatever the file's
-/// name holds reaches the player as part of the name, never as a command.
-QByteArray PlayCommand(const QString& item);
-
 /// Lists the WAV files on the USB sticks and SD cards, and plays the one that is chosen.
 class VoiceTester : public QWidget
 {

@@ -7,6 +7,7 @@
 #include "instruments/Rows.h"
 #include "instruments/Shell.h"
 #include "protocols/PingOutput.h"
+#include "protocols/Supplicant.h"
 
 #include <QFile>
 #include <QGridLayout>
@@ -15,117 +16,13 @@
 #include <QPushButton>
 #include <QTextStream>
 
-#include <algorithm>
 #include <cstdio>
-#include <optional>
-#include <utility>
 
 namespace
 {
 
 /// The same in both languages; as it is no key it is shown as it stands.
 const char* const pingTitle = "Ping:";
-
-/// The byte that an escape of the supplicant's client stands for, and the escape's length; a length
-/// of 0 when the client prints no such escape.
-struct Escape {
-    char byte = '\0';
-    int length = 0;
-};
-
-const std::pair<const char*, char> plainEscapes[] = {{"\\\"", '"'}, {"\\\\", '\\'}, {"\\e", '\033'},
-                                                     {"\\n", '\n'}, {"\\r", '\r'},  {"\\t", '\t'}};
-
-Escape ReadEscape(const QByteArray& text)
-{
-    if (text.startsWith("\\x")) {
-        const QByteArray byte = QByteArray::fromHex(text.mid(2, 2));
-        const bool isByte = byte.size() == 1 && byte.toHex() == text.mid(2);
-        // A command line cannot carry a zero byte.
-        return isByte && byte[0] != '\0' ? Escape{byte[0], 4} : Escape{};
-    }
-    for (const auto& [escape, byte] : plainEscapes) {
-        if (text.startsWith(escape)) {
-            return {byte, 2};
-        }
-    }
-    return {};
-}
-
-/// The bytes of a network's name as the supplicant's client prints it. The client escapes what it
-/// prints, but takes what stands between double quotes as it is.
-QByteArray SsidBytes(const QByteArray& printed)
-{
-    QByteArray ssid;
-    for (int i = 0; i < printed.size();) {
-        const Escape escape = ReadEscape(printed.mid(i, 4));
-        ssid += escape.length > 0 ? escape.byte : printed[i];
-        i += escape.length > 0 ? escape.length : 1;
-    }
-    return ssid;
-}
-
-bool IsSeenOnALine(uint character)
-{
-    const QChar::Category category = QChar::category(character);
-    return QChar::isPrint(character) && category != QChar::Separator_Line &&
-           category != QChar::Separator_Paragraph;
-}
-
-/// A network's name as people read it. A name that is no text, or has in it what cannot be seen on
-/// a line, is left as the client prints it.
-QString ReadableName(const QByteArray& printed)
-{
-    const QByteArray ssid = SsidBytes(printed);
-    const QString name = QString::fromUtf8(ssid);
-    const QVector<uint> characters = name.toUcs4();
-    const bool isReadable =
-        name.toUtf8() == ssid && std::all_of(characters.begin(), characters.end(), IsSeenOnALine);
-    return isReadable ? name : QString::fromUtf8(printed);
-}
-
-/// What the list shows of a network, its name and its signal.
-QString ShownNetwork(const QString& item)
-{
-    const QString printed = item.section(' ', 0, 0);
-    const QString name = ReadableName(printed.toUtf8());
-    if (name == printed) {
-        return item;
-    }
-    // Keeps the signal behind a name that is written from right to left.
-    const QChar leftToRightMark(0x200e);
-    return name + leftToRightMark + item.mid(printed.size());
-}
-
-/// Composes the command that sets a variable of network 0 to a value in double quotes; false when
-/// it does not fit. The value comes from the air or the keyboard: between the shell's single quotes
-/// nothing of it is run.
-bool ComposeSetNetwork(char (&command)[100], const char* variable, QByteArray value)
-{
-    if (value.contains('\0')) {
-        return false;
-    }
-    value.replace("'", "'\\''");
-    const int length =
-        std::snprintf(command, sizeof command, "wpa_cli -i wlan0 set_network 0 %s '\"%s\"'",
-                      variable, value.constData());
-    return length < static_cast<int>(sizeof command);
-}
-
-/// What the status line says of the supplicant's status; nothing when that cannot be told.
-std::optional<QString> StatusText(const QByteArray& status)
-{
-    if (!status.contains("COMPLETED") || !status.contains("ip_address")) {
-        return MoskTranslator::Translate("Label_1000709");
-    }
-    const int name = status.indexOf("ssid=") + 5;
-    const int end = name < 5 ? -1 : status.indexOf('\n', name);
-    if (end < 0) {
-        return std::nullopt;
-    }
-    return MoskTranslator::Translate("Label_1000710") + ' ' +
-           ReadableName(status.mid(name, end - name));
-}
 
 } // namespace
 
@@ -198,8 +95,10 @@ void ToolWifiTest::OnLabelStatusRefreshed()
     }
     // Of the 100 bytes the last is the end of the text; an earlier end counts as well.
     const QByteArray status(output->left(99).constData());
-    if (const auto text = StatusText(status)) {
-        m_lineStatus->setText(*text);
+    if (const auto link = ReadLinkStatus(status)) {
+        m_lineStatus->setText(link->isConnected
+                                  ? MoskTranslator::Translate("Label_1000710") + ' ' + link->network
+                                  : MoskTranslator::Translate("Label_1000709"));
     }
 }
 
@@ -240,7 +139,7 @@ void ToolWifiTest::OnBtnConnectClicked(bool /*checked*/)
     if (!m_isWifiEnabled) {
         return;
     }
-    const QString ssid = m_comboSsid->currentText().split(' ').first();
+    const QString ssid = m_comboSsid->currentText().section(' ', 0, 0);
     const QString passphrase = m_linePassword->text();
     if (ssid.isEmpty() || passphrase.isEmpty()) {
         return;

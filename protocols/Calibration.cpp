@@ -1,14 +1,15 @@
 #include "protocols/Calibration.h"
 
 #include <QByteArray>
-#include <QStringList>
+#include <QList>
 
 int RotationOf(const QByteArray& calibration)
 {
-    const QStringList fields = QString(calibration.constData()).split(' ');
+    // Up to its first NUL.
+    const QList<QByteArray> fields = QByteArray(calibration.constData()).split(' ');
     if (fields.size() != 10) {
         return 0;
     }
-    const int rotation = fields[9].toInt();
+    const int rotation = fields[9].trimmed().toInt();
     return rotation >= 0 && rotation <= 3 ? rotation : 0;
 }

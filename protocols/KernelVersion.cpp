@@ -1,9 +1,8 @@
 #include "protocols/KernelVersion.h"
 
-#include <QStringList>
+#include <QString>
 
 QString BuildStampOf(const QString& version)
 {
-    const QStringList words = version.split(' ');
-    return words.size() > 6 ? QStringList(words.mid(words.size() - 6)).join(' ') : QString();
+    return version.count(' ') >= 6 ? version.section(' ', -6) : QString();
 }

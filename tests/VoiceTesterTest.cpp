@@ -1,5 +1,6 @@
 #include "pages/VoiceTester.h"
 #include "frame/MoskSettings.h"
+#include "protocols/Player.h"
 #include "simulated-board/Board.h"
 #include "tests/Operate.h"
 

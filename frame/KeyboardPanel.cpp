@@ -71,12 +71,18 @@ QWidget* KeyboardPanel::FieldInFocus() const
 
 bool KeyboardPanel::eventFilter(QObject* watched, QEvent* event)
 {
-    switch (event->type()) {
-    case QEvent::FocusIn:
-        if (watched == FieldInFocus()) {
-            TakeAsTyped(FieldInFocus());
-        }
-        break;
+    if (event->type() == QEvent::FocusIn && watched == FieldInFocus()) {
+        TakeAsTyped(FieldInFocus());
+    }
+    FollowFinger(watched, event->type());
+    FollowContent(watched, event->type());
+    return QObject::eventFilter(watched, event);
+}
+
+/// Knows whether a finger is down on the page, and settles things when it is lifted.
+void KeyboardPanel::FollowFinger(const QObject* watched, QEvent::Type event)
+{
+    switch (event) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
         if (watched->isWidgetType()) {
@@ -97,23 +103,33 @@ bool KeyboardPanel::eventFilter(QObject* watched, QEvent* event)
         m_fingerOnPage = false;
         m_settle->start();
         break;
+    default:
+        break;
+    }
+}
+
+/// Settles things when the content moves, changes its size or comes back from behind a box.
+void KeyboardPanel::FollowContent(const QObject* watched, QEvent::Type event)
+{
+    if (m_keys == nullptr) {
+        return;
+    }
+    switch (event) {
     case QEvent::Move:
-        // The window's layout, which puts its content at the top whenever it is asked to.
+        // The window's layout puts its content at the top whenever it is asked to.
         if (watched == m_window->centralWidget()) {
             MoveContent(m_distance);
         }
-        [[fallthrough]];
+        m_settle->start();
+        break;
     case QEvent::Resize:
     case QEvent::Hide:
     case QEvent::WindowUnblocked:
-        if (m_keys != nullptr) {
-            m_settle->start();
-        }
+        m_settle->start();
         break;
     default:
         break;
     }
-    return QObject::eventFilter(watched, event);
 }
 
 // Comes when the event at hand has been dealt with. Nothing moves under a finger that is down on

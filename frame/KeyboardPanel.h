@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QEvent>
 #include <QObject>
 
 class QMainWindow;
@@ -24,6 +25,8 @@ private slots:
     void OnSettled();
 
 private:
+    void FollowFinger(const QObject* watched, QEvent::Type event);
+    void FollowContent(const QObject* watched, QEvent::Type event);
     void Open();
     void Load();
     QWidget* FieldInFocus() const;

@@ -1,5 +1,7 @@
+#include "frame/BodyWidget.h"
 #include "frame/MoskTester.h"
 #include "frame/MoskTranslator.h"
+#include "frame/StopSignals.h"
 
 #include <QApplication>
 #include <QFile>
@@ -32,11 +34,16 @@ int main(int argc, char** argv)
     qputenv("QT_IM_MODULE", "qtvirtualkeyboard");
     qputenv("QT_VIRTUALKEYBOARD_DESKTOP_DISABLE", "1");
     QApplication application(argc, argv);
+    const StopSignals stopSignals;
 
     ApplyStyleSheet(application);
     MoskTranslator::GetTranslator();
 
     g_mainwnd = new MoskTester(nullptr);
     g_mainwnd->show();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    // The page's ports, player and threads end with it, whatever list is open on it; the window
+    // lasts as long as the process.
+    delete g_mainwnd->GetBody();
+    return status;
 }

@@ -70,6 +70,7 @@ private slots:
     void lineWithoutEndIsRefused();
     void clientMayLeaveInTheMiddle();
     void clientsAreServedSideBySide();
+    void socketIsForItsOwnerAlone();
     void programThatIsNotUpIsAnError();
     void programThatEndsIsAnError();
     void waitingForATextTellsWhatStoodThere();
@@ -509,6 +510,19 @@ void OperatorTest::clientsAreServedSideBySide()
     QCOMPARE(m_operator.Text("QMessageBox"), QString("Are you sure switch the HMI system?"));
     QVERIFY(m_operator.PressBoxButton("No"));
     QCOMPARE(other.Count("QMessageBox"), 0);
+}
+
+void OperatorTest::socketIsForItsOwnerAlone()
+{
+    m_program.kill();
+    m_program.waitForFinished();
+    m_program.start("sh", {"-c", "umask 0; exec \"$0\"", Built("MoskTest")});
+    QVERIFY(m_program.waitForStarted());
+    QVERIFY2(m_operator.Connect(), qPrintable(m_operator.Error()));
+
+    const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                      QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    QCOMPARE(QFile::permissions(socketPath) & others, QFile::Permissions());
 }
 
 void OperatorTest::programThatIsNotUpIsAnError()

@@ -104,6 +104,8 @@ OperatorServer::OperatorServer(const QString& socketPath)
     connect(&m_server, &QLocalServer::newConnection, this, &OperatorServer::OnNewConnection);
     connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
             &OperatorServer::OnAboutToWait);
+    // Whoever reaches the socket has the program in hand, which runs as root on a board.
+    m_server.setSocketOptions(QLocalServer::UserAccessOption);
     // A program that was killed leaves its socket behind.
     QLocalServer::removeServer(socketPath);
     if (!m_server.listen(socketPath)) {

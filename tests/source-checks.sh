@@ -17,7 +17,7 @@ format)
     ;;
 shell)
     # shellcheck disable=SC2086
-    find .ci packaging run.sh test.sh $rooms -type f \
+    find .ci debian packaging run.sh test.sh $rooms -type f \
         -exec grep -lZE '^#!/bin/(ba)?sh|^# shellcheck shell=' {} + |
         xargs -0 shellcheck -x --source-path=.
     ;;

@@ -15,8 +15,9 @@ const char* const boxStyle = "QMessageBox{background-color:rgb(195, 195, 195);} 
                              "QLabel{min-width:300 px;min-height:100px; font-size: 24px;} "
                              "QPushButton{ width:100px; font-size: 24px; }";
 
-/// The style gives the text a least width, which the box then takes for all that it needs: without
-/// this a longer text is cut. Beyond 480 pixels the box breaks the text into lines itself.
+/// Makes the box wide enough for its text. The style sets a minimum width for the text. The box
+/// takes it for the width that the text needs, and cuts a longer text. The box itself breaks a text
+/// of more than 480 pixels into lines.
 void MakeRoomForText(QMessageBox& box)
 {
     auto* text = box.findChild<QLabel*>("qt_msgbox_label");
@@ -34,7 +35,8 @@ void MakeRoomForText(QMessageBox& box)
     layout->addItem(new QSpacerItem(width, 0), layout->rowCount(), column, 1, columnSpan);
 }
 
-/// Runs a modal box of the program's look; `buttons` and their label keys in the same order.
+/// Runs a modal box in the program's style and returns the button pressed. `buttons` holds each
+/// button with the language key of its label.
 int RunBox(QWidget* parent, const QString& text,
            std::initializer_list<std::pair<QMessageBox::StandardButton, const char*>> buttons)
 {

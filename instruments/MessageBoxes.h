@@ -6,5 +6,5 @@ class QWidget;
 /// Asks a question in a modal box with the buttons "OK" and "Cancel". True when "OK" was pressed.
 bool AskOperator(QWidget* parent, const QString& question);
 
-/// Tells something in a modal box with the one button "OK".
+/// Shows a text in a modal box with the one button "OK".
 void TellOperator(QWidget* parent, const QString& text);

@@ -2,12 +2,13 @@
 
 #include <QComboBox>
 
-/// A choice of names that come from outside, of files or networks. Each is shown as a function
-/// says, on one line and with both its ends; the text of its item stays what it is.
+/// A combo box for names from outside, such as files and networks. A function makes the shown text
+/// of an item's text. A name that is too long is shortened in the middle. The item's own text stays
+/// as it is.
 class NameSelector : public QComboBox
 {
 public:
-    /// What is shown of an item's text.
+    /// Returns the text to show for an item's text.
     using Shown = QString (*)(const QString& item);
 
     NameSelector(Shown shown, QWidget* parent);

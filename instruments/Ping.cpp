@@ -7,7 +7,8 @@
 
 QByteArray RunPing(QProcess* process, const QString& command)
 {
-    // Its successor, QProcess::splitCommand(), is newer than the board's Qt.
+    // This call is deprecated. Its successor, QProcess::splitCommand(), is newer than the board's
+    // Qt.
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
     process->start(command, QIODevice::ReadWrite);

@@ -9,16 +9,18 @@
 namespace
 {
 
-/// Eyes and panel follow ten pictures a second.
+/// The time between two updates in milliseconds. Neither the eye nor the panel follows more than
+/// ten a second.
 const qint64 showInterval = 100;
 
-/// On a slow board the rest of the program has four times as long as showing takes.
+/// After an update the view waits for at least this many times as long as the update took. This
+/// leaves time for the rest of the program on a slow board.
 const qint64 pausesPerCost = 4;
 
-/// What is gathered of a flood, in characters, before it is shown all the same.
+/// More gathered text than this, in characters, is shown without waiting.
 const int mostGathered = 100000;
 
-/// What a view keeps at least. The oldest goes when there is a quarter more.
+/// What a view keeps. The oldest text is dropped when there is a quarter more than this.
 const int keptLines = 20000;
 const int keptCharacters = 2000000;
 const int keptOfALine = 30000;
@@ -35,7 +37,7 @@ ReceiveView::ReceiveView(QWidget* parent) : QTextEdit(parent)
     QFont large;
     large.setPixelSize(22);
     setFont(large);
-    // A tab would be text; the key leads out of the view instead.
+    // The Tab key moves the focus to the next widget instead of typing a tab.
     setTabChangesFocus(true);
 
     m_timer = new QTimer(this);
@@ -43,7 +45,7 @@ ReceiveView::ReceiveView(QWidget* parent) : QTextEdit(parent)
     connect(m_timer, &QTimer::timeout, this, &ReceiveView::ShowGathered);
     connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this](int value) {
         if (!m_isShowing) {
-            // The last line in sight is the end, if only just.
+            // A view that is at most one line above its end counts as being at its end.
             m_isAtBottom = value + fontMetrics().lineSpacing() >= verticalScrollBar()->maximum();
         }
     });
@@ -59,7 +61,7 @@ void ReceiveView::AddText(const QString& text)
     if (text.isEmpty()) {
         return;
     }
-    // The two halves of a torn CR LF are one line end, however they came.
+    // A CR LF that is torn between two texts is one line end.
     const bool isSecondHalf = m_endsInReturn && text.startsWith('\n');
     m_endsInReturn = text.endsWith('\r');
     QString lines = isSecondHalf ? text.mid(1) : text;
@@ -133,15 +135,16 @@ void ReceiveView::ShowGathered()
     const int topmostAt = follows ? 0 : cursorRect(topmost).top();
 
     m_isShowing = true;
-    // Nobody undoes what a port received, and its history would grow without end. What the operator
-    // typed since can be undone.
+    // Received text cannot be undone: its history would grow without end. Text that the operator
+    // typed after it can be undone.
     setUndoRedoEnabled(false);
     QTextCursor cursor(document());
     cursor.beginEditBlock();
     InsertGathered(cursor);
     CutLastLine(cursor);
     cursor.endEditBlock();
-    // Apart from it: what lies between the first and the last change of a block is laid out anew.
+    // Not in the edit block above: Qt lays out everything between the first and the last change of
+    // a block again.
     DropOldestLines(cursor);
     setUndoRedoEnabled(!isReadOnly());
 
@@ -220,8 +223,8 @@ void ReceiveView::DropOldestLines(QTextCursor& cursor)
     cursor.removeSelectedText();
 }
 
-/// Whether the view scrolls along with new text: while it shows its end, and the operator is
-/// neither typing elsewhere nor selecting.
+/// Whether the view scrolls along with new text. It does while it shows its end, unless the
+/// operator is typing elsewhere in it or selecting.
 bool ReceiveView::Follows() const
 {
     const QTextCursor operators = textCursor();

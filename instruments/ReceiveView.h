@@ -8,13 +8,15 @@
 class QTextCursor;
 class QTimer;
 
-/// The view of what a port receives, made to take text at full rate for days.
+/// Shows what a port receives. It is made to take text at full rate for days.
 ///
-/// Text that comes after a silence is shown at once. What comes while more is coming is gathered
-/// and shown ten times a second, in one insertion and one repaint: painting, not layout, is what
-/// costs. The oldest text goes: of all lines, and of a line that does not end, which is laid out as
-/// a whole for each addition. New text moves neither the operator's cursor and selection nor what
-/// the operator scrolled back to; a cursor at the end and a view scrolled to its end go along.
+/// Text that comes after a silence is shown at once. Text that comes quickly is gathered and shown
+/// ten times a second, with one insertion and one repaint: painting, not layout, takes the time.
+/// The oldest lines are dropped. The beginning of a line that does not end is dropped too, because
+/// the whole line is laid out for each addition.
+///
+/// New text does not move the operator's cursor, selection or scroll position. A cursor at the end
+/// and a view that shows its end do move along.
 class ReceiveView : public QTextEdit
 {
     Q_OBJECT
@@ -22,16 +24,16 @@ class ReceiveView : public QTextEdit
 public:
     explicit ReceiveView(QWidget* parent);
 
-    /// Adds text at the end, in the look of the text there.
+    /// Adds text at the end, in the format of the text before it.
     void AddText(const QString& text);
 
-    /// Adds a coloured line at the end. What follows it is black.
+    /// Adds a coloured line at the end. Text after it is black.
     void AddLine(const QString& line, const QColor& colour);
 
-    /// Forgets all text, the text not yet shown included.
+    /// Removes all text, including text that has not been shown yet.
     void Clear();
 
-    /// Shows at once what is still gathered.
+    /// Shows the gathered text now.
     void ShowGathered();
 
 protected:
@@ -55,7 +57,7 @@ private:
     bool m_endsInReturn = false;
     QTimer* m_timer = nullptr;
     QElapsedTimer m_sinceShown;
-    /// What the last showing has cost so far, layout and painting, in nanoseconds.
+    /// The time that the last update took so far, layout and painting, in nanoseconds.
     qint64 m_cost = 0;
     bool m_isShowing = false;
     bool m_isAtBottom = true;

@@ -13,7 +13,7 @@ void ShowVerdict(QLineEdit* field, const QString& text, bool ok)
 {
     field->setText(text);
     field->setProperty("status", ok ? "ok" : "error");
-    // The style sheet looks at a property only when it polishes the widget.
+    // The style sheet reads the property only when the widget is polished.
     field->style()->polish(field);
 }
 
@@ -25,13 +25,13 @@ void ShowDetecting(QLineEdit* field)
 
 void PaintPage()
 {
-    // All windows first: a VNC viewer that has got a picture of the button alone would not ask for
-    // the next one before the check blocks.
+    // Paint all windows together. A VNC viewer that received only the button would not ask for
+    // another picture before the check blocks.
     for (QWidget* window : QApplication::topLevelWidgets()) {
         QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
     }
-    // The picture reaches the screen in the next turn of the event loop, and a VNC viewer in two
-    // more. Timers wait as well: the one of a new language deletes the page.
+    // The picture reaches the screen in the next turn of the event loop, and a VNC viewer two turns
+    // later. Timers wait as well: after a change of language, one of them deletes the page.
     for (int turn = 0; turn < 4; ++turn) {
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents |
                                         QEventLoop::X11ExcludeTimers);

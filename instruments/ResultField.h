@@ -9,6 +9,6 @@ void ShowVerdict(QLineEdit* field, const QString& text, bool ok);
 /// Shows that a check has begun, before the check blocks the GUI thread.
 void ShowDetecting(QLineEdit* field);
 
-/// Brings what the page shows by now to the screen. What the operator presses meanwhile waits until
-/// the running slot has returned: a menu tab would delete the page under its own slot.
+/// Brings the page as it is now to the screen. Input from the operator waits until the running slot
+/// has returned: a tab pressed during the slot would delete its page.
 void PaintPage();

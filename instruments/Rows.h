@@ -14,13 +14,13 @@ struct Name {
     const char* text = "";
 };
 
-/// What a button shows and is called.
+/// The text of a button, as a language key, and its object name.
 struct Button {
     const char* textKey = nullptr;
     Name name = {};
 };
 
-/// What stands in a row, from left to right. A row can do without a field or a button.
+/// The parts of a row, from left to right. The field or the button may be missing.
 struct Row {
     const char* titleKey = nullptr;
     QWidget* field = nullptr;
@@ -30,16 +30,16 @@ struct Row {
 /// A button of a fixed size.
 QPushButton* NewButton(const Button& button, const QSize& size, QWidget* parent);
 
-/// Adds a row to a page's grid and returns its button. `size` is the title's and the button's. The
-/// Tab key goes from the field to the button.
+/// Adds a row to a page's grid and returns its button. `size` is the size of the title and of the
+/// button. The Tab key goes from the field to the button.
 QPushButton* AddRow(QGridLayout* grid, int row, const QSize& size, const Row& content);
 
-/// Adds a row without a button to a page's grid. The field takes the button's place as well.
+/// Adds a row without a button to a page's grid. The field takes the button's column too.
 void AddWideRow(QGridLayout* grid, int row, const QSize& titleSize, const Row& content);
 
-/// Adds a row to a column of rows and returns its button. A row without a button is the last one:
-/// its field takes the height left.
+/// Adds a row to a column of rows and returns its button. A row without a button must be the last
+/// one: its field takes the remaining height.
 QPushButton* AddRow(QVBoxLayout* column, const Row& content);
 
-/// Adds the row below all others of a page's grid, which takes the height left.
+/// Adds an empty row below the others of a page's grid. It takes the remaining height.
 void AddFiller(QGridLayout* grid, int row);

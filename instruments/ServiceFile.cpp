@@ -11,17 +11,17 @@
 namespace
 {
 
-/// Far more than any settings: a larger file would only use up the board's memory.
+/// Far more than a settings file has. A larger file would only use up the board's memory.
 const qint64 mostBytes = 16000000;
 
-/// Reads a file; a missing one is empty. False when what stands there cannot be read.
+/// Reads a file. A missing file is empty. False when the file cannot be read.
 bool Read(const QString& path, QByteArray* content)
 {
     const QFileInfo info(path);
     if (!info.exists()) {
         return true;
     }
-    // Reading a pipe or a device in the file's place would never end.
+    // A pipe or a device instead of a file could be read for ever.
     QFile file(path);
     if (!info.isFile() || info.size() > mostBytes || !file.open(QIODevice::ReadOnly)) {
         qWarning() << "Cannot read" << path << file.errorString();
@@ -33,8 +33,9 @@ bool Read(const QString& path, QByteArray* content)
 
 void Replace(const QString& path, const QByteArray& content)
 {
-    // Writes beside the file, synchronises and renames; through a symbolic link to its target. With
-    // a folder that takes no new file nothing is written: in place it could end as half a file.
+    // QSaveFile writes a new file beside the old one, synchronises it and renames it. It follows a
+    // symbolic link to its target. In a folder that takes no new file nothing is written: writing
+    // over the old file could leave half a file.
     QSaveFile file(path);
     struct stat old = {};
     const bool isThere = stat(QFile::encodeName(path).constData(), &old) == 0;
@@ -46,7 +47,7 @@ void Replace(const QString& path, const QByteArray& content)
                     fchmod(file.handle(), old.st_mode & 07777) != 0)) {
         qErrnoWarning("Cannot keep the owner of %s", qPrintable(path));
     }
-    // commit() alone would not notice that the last bytes found no room.
+    // commit() alone would not notice that there was no space for the last bytes.
     if (file.write(content) != content.size() || !file.flush() || !file.commit()) {
         qWarning() << path << file.errorString();
     }

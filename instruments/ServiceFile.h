@@ -5,12 +5,12 @@
 
 #include <functional>
 
-/// The content of another service's file; empty when there is none or it cannot be read.
+/// The content of another service's file; empty when the file is missing or cannot be read.
 QByteArray ReadServiceFile(const QString& path);
 
-/// Replaces the content of another service's file with what `edit` makes of it. A missing file has
-/// no content and is created. The file's owner, mode and symbolic link stay, and whatever
-/// interrupts the writing leaves the old or the new file. What is no file or cannot be read is left
-/// alone. Failures are only logged.
+/// Replaces the content of another service's file with the result of `edit`. A missing file counts
+/// as empty and is created. The file keeps its owner and mode, and a symbolic link stays a link. If
+/// the writing is interrupted, the file is either the old or the new one. A path that is not a
+/// plain file, or a file that cannot be read, is left as it is. Failures are only logged.
 void EditServiceFile(const QString& path,
                      const std::function<QByteArray(const QByteArray& content)>& edit);

@@ -11,9 +11,10 @@
 namespace
 {
 
-/// While this lives, commands are started with the default action for SIGPIPE, which ends a command
-/// whose reader has gone. The program ignores the signal, so would they, and a shell cannot change
-/// that. A signal that has a handler here, even an idle one, starts with its default there.
+/// While an object of this class exists, commands start with the default action for SIGPIPE: a
+/// command ends when nobody reads its output any more. The program ignores the signal. Commands
+/// would inherit this, and a shell cannot change it. A signal that has a handler, even an empty
+/// one, has its default action in a command.
 class DefaultSigPipe
 {
 public:

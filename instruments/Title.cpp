@@ -15,7 +15,7 @@ QLabel* NewTitle(const QString& key, const QSize& size, QWidget* parent)
 
 void NarrowText(QWidget* widget)
 {
-    // The style sheet gives the font its size when it polishes the widget.
+    // The font gets its size from the style sheet when the widget is polished.
     widget->ensurePolished();
     QFont font = widget->font();
     for (int stretch = 95; stretch >= 50; stretch -= 5) {

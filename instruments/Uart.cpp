@@ -9,19 +9,19 @@
 namespace
 {
 
-/// How long a port's reading rests after a read that brought nothing, in milliseconds. At 115200
-/// baud the system gathers some hundred bytes meanwhile, of the four thousand that it can.
+/// The pause after a read without data, in milliseconds. At 115200 baud about a hundred bytes come
+/// in this time. The system buffers up to four thousand.
 const int pauseMs = 10;
 
-/// Whether the device itself is gone, such as an adapter that was unplugged.
+/// Whether the device is gone, such as an adapter that was unplugged.
 bool HasHungUp(const QSerialPort* port)
 {
     pollfd state = {port->handle(), POLLIN, 0};
     return poll(&state, 1, 0) > 0 && (state.revents & (POLLHUP | POLLERR)) != 0;
 }
 
-/// Has a port read on. After some errors it stops until it is asked for data again. To peek takes
-/// nothing from it.
+/// Makes a port continue to read. After some errors it stops until somebody asks it for data.
+/// peek() asks without taking any.
 void ReadOn(QSerialPort* port)
 {
     if (port->isOpen()) {
@@ -29,9 +29,9 @@ void ReadOn(QSerialPort* port)
     }
 }
 
-/// Closes a port whose device is gone; left open it would report the same error without end. A
-/// device that is there and gave nothing is read on: a getty or a shell that reads it as well was
-/// faster. What the port calls the reason is then that of some earlier call.
+/// Closes a port whose device is gone; it would report the same error without end. If the device is
+/// still there, another reader, such as a getty or a shell, was faster, and the port continues to
+/// read. The port's error text then belongs to some earlier call.
 void OnReadError(QSerialPort* port, const QString& device)
 {
     if (!port->isOpen()) {
@@ -62,8 +62,7 @@ bool OpenUart(QSerialPort* port, const QString& device)
     port->setStopBits(QSerialPort::OneStop);
     port->setFlowControl(QSerialPort::NoFlowControl);
     port->clear(QSerialPort::AllDirections);
-    // Queued: the error is reported from within the port's own reading, which must not lose its
-    // device under its feet.
+    // Queued: the port reports the error while it is reading, and must not be closed during that.
     QObject::connect(
         port, &QSerialPort::errorOccurred, port,
         [port, device](QSerialPort::SerialPortError error) {

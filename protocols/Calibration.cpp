@@ -5,7 +5,7 @@
 
 int RotationOf(const QByteArray& calibration)
 {
-    // Up to its first NUL.
+    // The line ends at its first NUL.
     const QList<QByteArray> fields = QByteArray(calibration.constData()).split(' ');
     if (fields.size() != 10) {
         return 0;

@@ -2,6 +2,6 @@
 
 class QByteArray;
 
-/// The screen's rotation, 0 to 3, in the line of a touch screen's calibration file as tslib writes
-/// it: the last of ten fields. 0 where there is none: lines of older versions have nine fields.
+/// The screen's rotation, 0 to 3, in a line of tslib's calibration file: the last of its ten
+/// fields. 0 when that field is missing: older versions of tslib write nine fields.
 int RotationOf(const QByteArray& calibration);

@@ -8,6 +8,6 @@ struct can_frame;
 /// hexadecimal number of up to 16 digits, most significant byte first; any other text counts as 0.
 can_frame CanFrameOf(const QString& hex);
 
-/// A received frame as text: its identifier without the extended flag, its length and always all
-/// eight data bytes.
+/// A received frame as text: its identifier without the extended flag, its length, and all eight
+/// data bytes whatever the length is.
 QString CanFrameText(const can_frame& frame);

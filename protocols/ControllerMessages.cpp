@@ -11,7 +11,7 @@ QByteArray BuzzerMessage(bool on)
 
 QByteArray TimeMessage(const QDateTime& time)
 {
-    // The length counts what follows it: the command, six fields and the checksum.
+    // The length counts the bytes after it: the command, six fields and the checksum.
     const char length = 8;
     const char setTime = 2;
     const QDate date = time.date();

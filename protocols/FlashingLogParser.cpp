@@ -6,7 +6,7 @@
 namespace
 {
 
-/// What decides between pass and fail of a line with a marker.
+/// How a line with a marker is judged.
 enum class Rule {
     Pass,
     RootfsBurnt, ///< passes, and is remembered for EverythingBurnt
@@ -23,8 +23,8 @@ struct Marker {
     const char* failKey;
 };
 
-/// The first marker that a line holds decides. The texts are those that the flashing tool and the
-/// board's self-test print, grammar included.
+/// A line is judged by the first marker of this table that it holds. The texts are spelled as the
+/// flashing tool and the board's self-test print them, with their grammar.
 const Marker markers[] = {
     {"begin to erase flash", Rule::Pass, "Label_1000515", nullptr},
     {"successed in erasing flash", Rule::Pass, "Label_1000516", nullptr},
@@ -91,7 +91,8 @@ std::optional<LogResult> FlashingLogParser::Judge(const QString& line)
             m_hasUboot = true;
             break;
         case Rule::EverythingBurnt:
-            // Both stay remembered until Reset(): a second board flashed without it inherits them.
+            // Both flags stay set until Reset(): a second board flashed without a Reset() inherits
+            // them.
             ok = m_hasRootfs && m_hasUboot;
             break;
         case Rule::OkInLine:

@@ -7,33 +7,33 @@
 
 class QByteArray;
 
-/// What a line of the flashing log with a marker tells the operator.
+/// The verdict on a line of the flashing log that holds a marker.
 struct LogResult {
     QString textKey; ///< the language key of its text
     bool ok;
 };
 
-/// A piece of the flashing log as it was received, and the result of the line that it completes.
+/// A piece of the flashing log as it was received, and the verdict on the line that ends with it.
 struct LogPiece {
     QString echo;
     std::optional<LogResult> result;
 };
 
-/// The log that a board prints while it is flashed. Its markers stand in one table in the source
-/// file. Nothing is judged by words such as "fail", of which a good run is full.
+/// Reads the log that a board prints while it is flashed. Only the markers in the table of the
+/// source file count. Words such as "fail" are ignored, because a good run prints many of them.
 class FlashingLogParser
 {
 public:
-    /// Takes in a chunk just as it was received; a line may come in several.
+    /// Takes a chunk as it was received. A line may be spread over several chunks.
     ///
-    /// Lines end in line feeds. A chunk that holds none is cut at its carriage returns, but not
-    /// when it begins with one. A piece's text ends at its first NUL.
+    /// Lines end with a line feed. A chunk without line feeds is split at its carriage returns,
+    /// unless it begins with one. A piece's text ends at its first NUL.
     QVector<LogPiece> Take(const QByteArray& chunk);
 
     /// Judges a complete line by the first marker of the table that it holds.
     std::optional<LogResult> Judge(const QString& line);
 
-    /// Forgets what was burnt, for the next board. An incomplete line stays.
+    /// Forgets which parts were burnt, for the next board. An incomplete line stays.
     void Reset();
 
 private:

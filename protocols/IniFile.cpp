@@ -9,11 +9,11 @@ namespace
 
 const char* const byteOrderMark = "\xef\xbb\xbf";
 
-/// Where a key stands in a file's content; -1 for what is not there.
+/// Where a key is in a file's content. A position is -1 when there is none.
 struct Place {
     int value = -1;
-    QByteArray spelled;  ///< the value as it stands there, without the blanks around it
-    int sectionEnd = -1; ///< behind the last header or key of the key's section
+    QByteArray spelled;  ///< the value as it is written, without the blanks around it
+    int sectionEnd = -1; ///< after the last header or key line of the key's section
 };
 
 bool IsBlank(QChar character)
@@ -31,7 +31,7 @@ int FirstLine(const QByteArray& content)
     return content.startsWith(byteOrderMark) ? int(qstrlen(byteOrderMark)) : 0;
 }
 
-/// The section that a header opens.
+/// The name of the section that a header line begins.
 QByteArray SectionOf(const QByteArray& header)
 {
     const int close = header.indexOf(']');
@@ -39,8 +39,8 @@ QByteArray SectionOf(const QByteArray& header)
     return section.toLower() == "general" ? "General" : section;
 }
 
-/// Where the value that is looked for from `pos` ends at the latest: at a comment, which is a
-/// semicolon outside quotes behind a blank. "a;b" is a value.
+/// The end of a value whose search begins at `pos`: the end of the line, or a comment. A comment is
+/// a semicolon outside quotes that follows a blank; "a;b" is a value.
 int ValueEnd(const QByteArray& line, int pos)
 {
     bool inQuotes = false;
@@ -75,7 +75,8 @@ Place PlaceOf(const QByteArray& content, const IniKey& key)
             continue;
         }
         place.sectionEnd = qMin(end + (content.mid(end, 2) == "\r\n" ? 2 : 1), content.size());
-        // Of two lines with the same key the later one counts, as for QSettings and the frp client.
+        // If two lines have the same key, the later one counts, as for QSettings and the frp
+        // client.
         if (equals >= 0 && line.left(equals).trimmed() == key.name) {
             const int valueEnd = ValueEnd(line, equals + 1);
             place.spelled = line.mid(equals + 1, valueEnd - equals - 1).trimmed();
@@ -87,8 +88,8 @@ Place PlaceOf(const QByteArray& content, const IniKey& key)
     return place;
 }
 
-/// The character that the escape at `*pos`, behind its back-slash, stands for. Moves `*pos` behind
-/// the escape. QSettings leaves an escape out that it does not know.
+/// The character of an escape. `*pos` is just after the back-slash, and moves to the end of the
+/// escape. An unknown escape gives nothing, as in QSettings.
 QString Unescaped(const QString& text, int* pos)
 {
     static const QString names = "abfnrtv\"?'\\";
@@ -110,7 +111,8 @@ QString Unescaped(const QString& text, int* pos)
     return *pos > start ? QString(QChar(code)) : QString();
 }
 
-/// A text as QSettings takes it behind the "@" with which it marks the types of its values.
+/// The text without the marks, beginning with "@", by which QSettings knows the types of its
+/// values.
 QString Unmarked(const QString& text)
 {
     if (text.startsWith("@@")) {
@@ -124,7 +126,8 @@ QString Unmarked(const QString& text)
     return text;
 }
 
-/// The text of a value. What QSettings would go on reading on the next line is taken as it stands.
+/// The text of a value. A value that QSettings would continue on the next line is returned
+/// unchanged.
 QString Decoded(const QString& value)
 {
     QString text;
@@ -152,13 +155,14 @@ QByteArray Encoded(const QString& value)
 {
     QByteArray text;
     bool afterHex = false;
-    // QSettings takes an "@" in front for a type of its own in these cases; it drops one of two.
+    // In these cases QSettings reads a leading "@" as a type mark. Of two it drops one.
     if (value.startsWith("@@") || (value.startsWith('@') && value.endsWith(')'))) {
         text += '@';
     }
     for (const QChar character : value) {
         const ushort code = character.unicode();
-        // A hexadecimal escape goes on for as long as hexadecimal digits follow.
+        // A hexadecimal escape has no fixed length. A digit that follows one is escaped too, so
+        // that it does not become part of it.
         const bool isHex = code < 0x20 || code >= 0x7f || (afterHex && std::isxdigit(code) != 0);
         if (isHex) {
             text += "\\x" + QByteArray::number(code, 16);
@@ -178,7 +182,7 @@ QByteArray Encoded(const QString& value)
 QString IniValue(const QByteArray& content, const IniKey& key)
 {
     const QByteArray spelled = PlaceOf(content, key).spelled;
-    // With a byte-order mark QSettings reads UTF-8, without one Latin-1.
+    // QSettings reads a file with a byte-order mark as UTF-8, any other as Latin-1.
     return Decoded(FirstLine(content) > 0 ? QString::fromUtf8(spelled)
                                           : QString::fromLatin1(spelled));
 }

@@ -2,6 +2,7 @@
 
 class QString;
 
-/// The build stamp in the kernel's line of /proc/version: its last six words, an empty one between
-/// two blanks included. Empty where the line has no more than six.
+/// The build stamp in the line of /proc/version: its last six words. Words are split at single
+/// blanks, so there is an empty word between two blanks. Empty when the line has six words or
+/// fewer.
 QString BuildStampOf(const QString& version);

@@ -2,9 +2,9 @@
 
 class QString;
 
-/// A public name server: made to be reached from any network, and it answers pings.
+/// A public name server. It can be reached from any network, and it answers pings.
 const char* const publicPingTarget = "dns.alidns.com";
 
-/// Whether a ping's output holds an answer: "TTL=" or "ttl=", of which every ping prints one with
-/// each answer. Partial loss is an answer too; exit codes differ from ping to ping.
+/// Whether a ping got an answer. Every version of ping prints "TTL=" or "ttl=" with each answer,
+/// but their exit codes differ. Partial loss counts as an answer.
 bool PingAnswered(const QString& output);

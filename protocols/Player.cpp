@@ -7,7 +7,7 @@
 namespace
 {
 
-/// Whether the character means nothing to the shell, wherever it stands in a word.
+/// Whether the character has no special meaning to the shell, at any place in a word.
 bool IsOrdinary(char character)
 {
     return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
@@ -15,8 +15,8 @@ bool IsOrdinary(char character)
            (character != '\0' && std::strchr("/._-+,:@%", character) != nullptr);
 }
 
-/// The name in quotes that the shell takes as they are, cut so that it has `limit` bytes at most
-/// with its quotes: a name must never lose the quote that closes it.
+/// The name in single quotes, shortened so that it has at most `limit` bytes including the quotes.
+/// The closing quote is never cut off.
 QByteArray Quoted(const QByteArray& name, int limit)
 {
     QByteArray quoted = "'";

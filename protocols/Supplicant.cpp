@@ -9,8 +9,8 @@
 namespace
 {
 
-/// The byte that an escape of the supplicant's client stands for, and the escape's length; a length
-/// of 0 when the client prints no such escape.
+/// An escape that wpa_cli prints: its length, and the byte that it stands for. The length is 0 when
+/// wpa_cli prints no such escape.
 struct Escape {
     char byte = '\0';
     int length = 0;
@@ -24,7 +24,7 @@ Escape ReadEscape(const QByteArray& text)
     if (text.startsWith("\\x")) {
         const QByteArray byte = QByteArray::fromHex(text.mid(2, 2));
         const bool isByte = byte.size() == 1 && byte.toHex() == text.mid(2);
-        // A command line cannot carry a zero byte.
+        // A command line cannot contain a zero byte.
         return isByte && byte[0] != '\0' ? Escape{byte[0], 4} : Escape{};
     }
     for (const auto& [escape, byte] : plainEscapes) {
@@ -72,7 +72,7 @@ QString ShownNetwork(const QString& item)
     if (name == printed) {
         return item;
     }
-    // Keeps the signal behind a name that is written from right to left.
+    // Keeps the signal to the right of a name that is written from right to left.
     const QChar leftToRightMark(0x200e);
     return name + leftToRightMark + item.mid(printed.size());
 }

@@ -5,30 +5,31 @@
 
 #include <optional>
 
-// What `wpa_cli`, the client of wpa_supplicant, prints and takes. It prints the bytes of a
+// The input and output of `wpa_cli`, the client of wpa_supplicant. It prints the bytes of a
 // network's name with escapes (printf_encode() in wpa_supplicant: \", \\, \e, \n, \r, \t, \xHH),
-// but takes what stands between double quotes as it is.
+// but takes a name between double quotes literally.
 
-/// The bytes of a network's name as the client prints it.
+/// The bytes of a network's name that the client printed.
 QByteArray SsidBytes(const QByteArray& printed);
 
-/// A network's name as people read it. A name that is no text, or has in it what cannot be seen on
-/// a line, is left as the client prints it.
+/// A network's name as readable text. The name stays as the client printed it when it is not UTF-8
+/// or has characters that cannot be seen on a line.
 QString ReadableName(const QByteArray& printed);
 
-/// What a list shows of a network, of which `item` is the printed name, a blank and the signal.
+/// The text that a list shows for a network. `item` is the printed name, a blank and the signal.
 QString ShownNetwork(const QString& item);
 
-/// Composes the command that sets a variable of network 0 to a value in double quotes; false when
-/// it does not fit. The value comes from the air or the keyboard: between the shell's single quotes
-/// nothing of it is run.
+/// Composes the command that sets a variable of network 0 to a value in double quotes. False when
+/// the command does not fit or the value has a zero byte. The value may come from a foreign
+/// network. It is in the shell's single quotes, so that nothing in it is run.
 bool ComposeSetNetwork(char (&command)[100], const char* variable, QByteArray value);
 
 /// Whether the board is joined to a network and has an address there.
 struct LinkStatus {
     bool isConnected = false;
-    QString network; ///< its name as people read it
+    QString network; ///< its readable name
 };
 
-/// Reads the lines of `wpa_cli status`. Nothing when a connection's network cannot be told.
+/// Reads the output of `wpa_cli status`. Nothing when the board is connected but the line with the
+/// network's name is missing or cut off.
 std::optional<LinkStatus> ReadLinkStatus(const QByteArray& status);

@@ -48,14 +48,14 @@ bool BodyWidget::IsChangeDue() const
     return m_wantedId != m_pageId || m_isStale;
 }
 
-/// Whether a slot of the page may still be waiting for the box that it has opened.
+/// Whether a slot of the page may still be waiting for a box that it opened.
 bool BodyWidget::IsPageWaiting()
 {
     return QApplication::activeModalWidget() != nullptr ||
            QThread::currentThread()->loopLevel() > 1;
 }
 
-/// The list of the page's that is open or just being closed; null when there is none.
+/// The page's combo box list that is open or just being closed; null when there is none.
 QWidget* BodyWidget::ShownList() const
 {
     const auto children = m_page != nullptr ? m_page->findChildren<QWidget*>() : QWidgetList();
@@ -67,17 +67,18 @@ QWidget* BodyWidget::ShownList() const
     return nullptr;
 }
 
-/// Shows the page that has been asked for, unless something of the page shown is still running.
+/// Shows the page that was asked for. If code of the current page is still running, this is put
+/// off.
 void BodyWidget::ChangePage()
 {
     if (m_page != nullptr) {
-        // What is tapped from now on is not for a page that goes.
+        // A page that is about to be deleted takes no more taps.
         m_page->setAttribute(Qt::WA_TransparentForMouseEvents, IsChangeDue());
     }
     if (!IsChangeDue() || QApplication::activeModalWidget() != nullptr) {
-        return; // When the box is closed, eventFilter() hears of it.
+        return; // eventFilter() comes back to it when the box is closed.
     }
-    // A list that closes delivers the operator's next tap before its own code has returned.
+    // A list that is closing delivers the operator's next tap while its own code is still running.
     if (IsPageWaiting() || ShownList() != nullptr) {
         m_later->start();
         return;
@@ -96,7 +97,7 @@ void BodyWidget::ChangePage()
 void BodyWidget::OnLater()
 {
     if (IsChangeDue() && !IsPageWaiting()) {
-        // None of its code is running now, so a list that is still shown would stay open.
+        // None of the list's code is running now, so nothing else would close it.
         if (QWidget* list = ShownList()) {
             list->close();
         }
@@ -151,7 +152,7 @@ QWidget* BodyWidget::BuildPage(int id)
     }
 }
 
-// A plain QWidget subclass is painted by the style sheet only when it asks for it.
+// The style sheet paints a subclass of QWidget only if its paintEvent() asks for it.
 void BodyWidget::paintEvent(QPaintEvent* /*event*/)
 {
     QStyleOption option;

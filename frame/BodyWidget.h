@@ -5,7 +5,8 @@
 class QTimer;
 class QVBoxLayout;
 
-/// The room below the header. It shows one page at a time and builds each anew when it is opened.
+/// The part of the window below the header. It shows one page at a time, and builds a page each
+/// time that it is opened.
 class BodyWidget : public QWidget
 {
     Q_OBJECT
@@ -27,13 +28,15 @@ public:
 
     explicit BodyWidget(QWidget* parent);
 
-    /// Deletes the page shown and builds the page of `id`; the page already open is kept, and an id
-    /// outside 1 to 10 leaves the body empty. Never call it from a slot of the page shown.
-    /// While a list or a box of the page is open this is put off; of several ids the last counts.
-    /// Invokable by name: some pages have no tab and are opened by id only.
+    /// Deletes the current page and builds the page of `id`. A page that is already open is kept.
+    /// An id outside 1 to 10 leaves the body empty. Never call this from a slot of the current
+    /// page.
+    ///
+    /// While a list or a box of the page is open, the change is put off. Of several ids, the last
+    /// one counts. Invokable by name, because some pages have no tab and are opened by id only.
     Q_INVOKABLE void OpenPage(int id);
 
-    /// Builds the open page anew, in the current language; put off as OpenPage() is.
+    /// Builds the open page again, in the current language. This is put off like OpenPage().
     void TranslateUI();
 
 protected:
@@ -55,7 +58,7 @@ private:
     int m_pageId = NoPage;
     QWidget* m_page = nullptr;
 
-    /// What has been asked for: a page, and that it be built anew.
+    /// The page that was asked for, and whether it must be built again even if it is already open.
     int m_wantedId = NoPage;
     bool m_isStale = false;
     QTimer* m_later = nullptr;

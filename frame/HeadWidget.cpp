@@ -80,7 +80,7 @@ void HeadWidget::TranslateUI()
 void HeadWidget::Init()
 {
     m_menu->setCurrentIndex(0);
-    // The first tab is current already, so the menu has not emitted anything.
+    // The first tab is already selected, so the menu emits no signal for it.
     OnCurrentIndexChanged(0);
 }
 
@@ -91,7 +91,7 @@ void HeadWidget::OnCurrentIndexChanged(int /*index*/)
     }
 }
 
-// A plain QWidget subclass is painted by the style sheet only when it asks for it.
+// The style sheet paints a subclass of QWidget only if its paintEvent() asks for it.
 void HeadWidget::paintEvent(QPaintEvent* /*event*/)
 {
     QStyleOption option;

@@ -6,7 +6,7 @@
 class MoskTester;
 class QTabWidget;
 
-/// An empty page of the menu's tab widget that says which page its tab opens.
+/// An empty page of the menu's tab widget. It holds the id of the page that its tab opens.
 class HeadTabWidget : public QWidget
 {
     Q_OBJECT
@@ -23,7 +23,8 @@ private:
     QString m_text;
 };
 
-/// The strip at the top of the window: the logo and the menu, a tab for each page of daily use.
+/// The strip at the top of the window: the logo, and the menu with a tab for each page of daily
+/// use.
 class HeadWidget : public QWidget
 {
     Q_OBJECT

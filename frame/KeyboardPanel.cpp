@@ -17,27 +17,29 @@
 namespace
 {
 
-/// What stays free between a field and the keyboard.
+/// The free space between a field and the keyboard, in pixels.
 const int gap = 6;
 
-/// Whether `object` is where the text of `field` is tapped, not a scroll bar beside it.
+/// Whether `object` is the part of `field` that shows its text. A scroll bar beside the text is
+/// not.
 bool IsTextOf(const QWidget* field, const QObject* object)
 {
     const auto* area = qobject_cast<const QAbstractScrollArea*>(field);
     return field != nullptr && object == (area != nullptr ? area->viewport() : field);
 }
 
-/// Has what is typed into `field` taken letter by letter: a completed word, its blank or a capital
-/// of the keyboard's own would spoil an address or a passphrase.
+/// Switches off word completion and automatic capitals for `field`. A completed word, an added
+/// blank or a capital letter would spoil an address or a passphrase.
 void TakeAsTyped(QWidget* field)
 {
     const Qt::InputMethodHints hints = field->inputMethodHints();
     field->setInputMethodHints(hints | Qt::ImhNoPredictiveText | Qt::ImhNoAutoUppercase);
 }
 
-/// How far the content of a window must move up for `field` to end at `room` at the latest.
-/// `field` and `line`, the line of its text that is typed into, are where they are at rest. Of a
-/// field higher than the room the top is shown, or what brings the line in.
+/// How far the window's content must move up so that `field` ends above `room`, in pixels. `line`
+/// is the line of the field's text that is typed into. `field` and `line` are given for content
+/// that has not moved. Of a field higher than `room` the top is shown; if `line` would then be
+/// hidden, the content moves further.
 int DistanceUp(const QRect& field, const QRect& line, int room)
 {
     const int whole = field.bottom() + 1 + gap - room;
@@ -61,8 +63,8 @@ KeyboardPanel::KeyboardPanel(QMainWindow* window) : QObject(window), m_window(wi
     qApp->installEventFilter(this);
 }
 
-/// The field that text goes to while the window is active; null where nothing takes any: a view
-/// that is only read can have the focus too.
+/// The field that takes typed text while the window is active. Null when the focused widget takes
+/// none, such as a read-only view.
 QWidget* KeyboardPanel::FieldInFocus() const
 {
     QWidget* widget = m_window->focusWidget();
@@ -88,7 +90,7 @@ void KeyboardPanel::FollowFinger(const QObject* watched, QEvent::Type event)
         if (watched->isWidgetType()) {
             m_fingerOnPage = watched != m_keys;
         }
-        // On a bare X server, with no window manager, nobody else does.
+        // On an X server without a window manager nobody else activates the window.
         if (watched == m_window->windowHandle() && !m_window->isActiveWindow()) {
             m_window->activateWindow();
         }
@@ -99,7 +101,7 @@ void KeyboardPanel::FollowFinger(const QObject* watched, QEvent::Type event)
         m_settle->start();
         break;
     case QEvent::WindowBlocked:
-        // The release of a finger that is still down goes to the box that blocks the window.
+        // If a finger is still down, its release goes to the box that blocks the window.
         m_fingerOnPage = false;
         m_settle->start();
         break;
@@ -116,7 +118,7 @@ void KeyboardPanel::FollowContent(const QObject* watched, QEvent::Type event)
     }
     switch (event) {
     case QEvent::Move:
-        // The window's layout puts its content at the top whenever it is asked to.
+        // The window's layout has moved the content back to the top.
         if (watched == m_window->centralWidget()) {
             MoveContent(m_distance);
         }
@@ -132,8 +134,8 @@ void KeyboardPanel::FollowContent(const QObject* watched, QEvent::Type event)
     }
 }
 
-// Comes when the event at hand has been dealt with. Nothing moves under a finger that is down on
-// the page, nor under an open list: the release, or the choice, would go to another place.
+// Runs when the current event has been handled. Nothing moves while a finger is down on the page or
+// a list is open: the release or the choice would go to another place.
 void KeyboardPanel::OnSettled()
 {
     if (m_fingerOnPage || QApplication::activePopupWidget() != nullptr) {
@@ -162,7 +164,7 @@ void KeyboardPanel::Open()
     if (!m_tried) {
         m_tried = true;
         Load();
-        // The keys have not seen the field get the focus.
+        // The keys were loaded after the field got the focus, so they do not know of it.
         QGuiApplication::inputMethod()->update(Qt::ImQueryAll);
     }
     QGuiApplication::inputMethod()->show();
@@ -173,7 +175,7 @@ void KeyboardPanel::Open()
 
 void KeyboardPanel::Load()
 {
-    // The board's platform has no OpenGL; keys are drawn as fast without.
+    // The board's platform has no OpenGL. The keys are drawn just as fast in software.
     const QString software = "software";
     if (QQuickWindow::sceneGraphBackend() != software) {
         QQuickWindow::setSceneGraphBackend(software);
@@ -206,7 +208,7 @@ bool KeyboardPanel::IsWanted() const
 
 void KeyboardPanel::ShowBelow(const QWidget* field)
 {
-    // The keys are as high as their width asks for.
+    // The height of the keys follows from their width.
     QQuickItem* root = m_keys->rootObject();
     root->setWidth(m_window->width());
     const int height = qRound(root->property("keysHeight").toReal());

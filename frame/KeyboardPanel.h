@@ -8,9 +8,9 @@ class QQuickWidget;
 class QTimer;
 class QWidget;
 
-/// The on-screen keyboard, in the lower part of the main window: a window of its own would turn the
-/// page black, as the board's screen has no compositor. It is loaded when a field is first tapped.
-/// While it is shown the window's content is moved up so far that the field typed into is in sight.
+/// The on-screen keyboard, in the lower part of the main window. A window of its own would turn the
+/// page black, because the board's screen has no compositor. The keyboard is loaded when a field is
+/// first tapped. While it is shown, the window's content moves up until the field is visible.
 class KeyboardPanel : public QObject
 {
     Q_OBJECT
@@ -38,11 +38,11 @@ private:
     QMainWindow* m_window = nullptr;
     QTimer* m_settle = nullptr;
     QQuickWidget* m_keys = nullptr;
-    /// How far the content has been moved up.
+    /// How far the content has moved up, in pixels.
     int m_distance = 0;
     bool m_tried = false;
     bool m_warned = false;
-    /// A field was tapped since things last settled.
+    /// Whether a field was tapped since the last OnSettled() of an active window.
     bool m_tapped = false;
     bool m_fingerOnPage = false;
 };

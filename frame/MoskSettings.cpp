@@ -23,8 +23,9 @@ MoskSettings* MoskSettings::GetInstance()
 
 MoskSettings::MoskSettings() : m_settings(new QSettings(path, QSettings::IniFormat))
 {
-    // A run that was killed while it wrote, or lost its power, leaves QSettings' lock behind, which
-    // would freeze the next change for half a minute. The lock of an owner that lives is kept.
+    // QSettings leaves its lock file behind if the program is killed or loses power while it
+    // writes. That lock would block the next change for half a minute. The lock of a living process
+    // is kept.
     QLockFile(QString(path) + ".lock").removeStaleLockFile();
 }
 

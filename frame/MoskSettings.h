@@ -14,7 +14,8 @@ public:
     /// The value of a key; empty when the key or the file is absent.
     QString GetValue(const QString& key);
 
-    /// Stores a value. GetValue() sees it at once; the file follows when QSettings next flushes.
+    /// Stores a value. GetValue() returns it at once. The file is written when QSettings next
+    /// flushes.
     void SetValue(const QString& key, const QString& value);
 
 private:

@@ -25,7 +25,7 @@ MoskTester::MoskTester(QWidget* parent) : QMainWindow(parent)
     m_layout->setContentsMargins(0, 0, 0, 0);
     setCentralWidget(m_central);
     resize(MoskUtility::GetMainWindowSize());
-    // A page that would like more room than a small screen has is squeezed; the window stays.
+    // A page that needs more space than a small screen has is squeezed. The window keeps its size.
     layout()->setSizeConstraint(QLayout::SetNoConstraint);
 
     m_header = new HeadWidget(this);

@@ -17,8 +17,8 @@ public:
 
     BodyWidget* GetBody();
 
-    /// Has every visible text read again from the translator, one turn of the event loop later:
-    /// the page whose slot asks for it is deleted and built anew by it.
+    /// Shows all texts in the current language. This happens one turn of the event loop later,
+    /// because it deletes the page whose slot asks for it.
     void TranslateUI();
 
 private slots:

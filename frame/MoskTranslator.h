@@ -5,9 +5,9 @@
 
 /// The table of every text that the program shows, in the language of the setting `Language`.
 ///
-/// A language file is UTF-8 with a byte-order mark, which is what makes the reading stream decode
-/// it. A line is KEY=TEXT, cut at the first '=' and never trimmed; empty lines and lines that begin
-/// with '#' define nothing.
+/// A language file is UTF-8. It begins with a byte-order mark, by which the reading stream knows
+/// the encoding. A line is KEY=TEXT, split at the first '=' and never trimmed. Empty lines and
+/// lines that begin with '#' are skipped.
 class MoskTranslator
 {
 public:
@@ -20,14 +20,14 @@ public:
     /// The text of a `Label_` key in the current language; an unknown key comes back unchanged.
     static QString Translate(QString key);
 
-    /// Loads the table again after the language was changed. Returns as Init().
+    /// Loads the table again after a change of language. Returns the result of Init().
     static int Reload();
 
-    /// Loads ":/language/<Language>.ini", or Chinese where there is no such file. Returns 0, or -1
-    /// when neither could be opened: then the table stays as it was.
+    /// Loads ":/language/<Language>.ini", or Chinese if there is no such file. Returns 0, or -1
+    /// when neither could be opened. In that case the table stays as it was.
     int Init();
 
-    /// What Translate() asks.
+    /// Looks up a key for Translate().
     QString DoTranslate(QString& key);
 
 private:

@@ -2,10 +2,10 @@
 
 #include <QSize>
 
-/// What the frame and the full-screen checks need to know of the screen.
+/// The size of the screen, for the window and the full-screen checks.
 class MoskUtility
 {
 public:
-    /// Size in pixels of the primary screen without the room that panels reserve.
+    /// The size in pixels of the primary screen, without the space that a desktop's panels take.
     static QSize GetMainWindowSize();
 };

@@ -4,7 +4,7 @@
 
 class QComboBox;
 
-/// The home page: the language, the system's version, and what concerns the board as a whole.
+/// The home page: the language, the system's version, and actions on the board as a whole.
 class StartPage : public QWidget
 {
     Q_OBJECT
@@ -12,8 +12,8 @@ class StartPage : public QWidget
 public:
     explicit StartPage(QWidget* parent);
 
-    /// The build stamp of the kernel, the last six words of /proc/version; where that has no more
-    /// than six words or cannot be read, the version built in.
+    /// The build stamp of the kernel: the last six words of /proc/version. If the file cannot be
+    /// read or has six words or fewer, the built-in version.
     QString GetOsVersion();
 
 private slots:
@@ -23,14 +23,15 @@ private slots:
     void OnBtTestEndClicked(bool checked);
 
 private:
-    /// Asks `question` until it was once confirmed, which leaves `markerFile` for the board's other
-    /// software and sets `confirmed`; from then on only says `confirmedText`.
+    /// Asks `question`. If the operator says yes, it creates `markerFile` for the board's other
+    /// software and sets `confirmed`. Once `confirmed` is set, it only shows `confirmedText`.
     void ConfirmOnce(bool& confirmed, const QString& question, const QString& confirmedText,
                      const QByteArray& markerFile);
 
     QComboBox* m_language = nullptr;
     bool m_testEnded = false;
 
-    /// The switch to the HMI system has been confirmed in this run. Pages come and go; this stays.
+    /// Whether the switch to the HMI system was confirmed in this run. Static, because it must
+    /// outlive the page.
     static bool s_switchHmi;
 };

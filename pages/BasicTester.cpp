@@ -34,7 +34,7 @@
 namespace
 {
 
-/// The SCSI devices that the kernel lists, once the USB storage driver is there.
+/// Counts the SCSI devices that the kernel lists; 0 when the USB storage driver is not loaded.
 int CountUsbSticks()
 {
     if (!QFileInfo("/proc/scsi/usb-storage").isDir()) {
@@ -44,7 +44,7 @@ int CountUsbSticks()
     return count ? CountOf(*count) : 0;
 }
 
-/// The SD cards among the MMC devices mmcblk0 to mmcblk9.
+/// Counts the SD cards among the MMC devices mmcblk0 to mmcblk9.
 int CountSdCards()
 {
     int count = 0;
@@ -59,8 +59,8 @@ int CountSdCards()
     return SdCardsAmong(count);
 }
 
-/// Sends a message to the companion controller, at the speed that the system has set for its port.
-/// False when the port cannot be opened; it never waits for the controller.
+/// Sends a message to the companion controller. The speed of the port is the one that the system
+/// has set. False when the port cannot be opened. Never waits for the controller.
 bool SendToController(const QByteArray& message)
 {
     const char* const device = "/dev/ttyS5";
@@ -76,7 +76,7 @@ bool SendToController(const QByteArray& message)
     return true;
 }
 
-/// Whether a device is there. A plain file in its place is none.
+/// Whether the path is a character device. A plain file there does not count.
 bool IsDevice(const char* path)
 {
     struct stat state = {};
@@ -93,7 +93,7 @@ void SetSystemClock(const QDateTime& dt)
     fields.tm_mday = dt.date().day();
     fields.tm_mon = dt.date().month() - 1;
     fields.tm_year = dt.date().year() - 1900;
-    // The board runs without daylight saving.
+    // The board has no daylight saving time.
     fields.tm_isdst = 0;
     timeval now = {};
     now.tv_sec = std::mktime(&fields);
@@ -148,9 +148,12 @@ BasicTester::BasicTester(QWidget* parent) : QWidget(parent)
          &BasicTester::OnBtnBeepTestClicked},
         {{"Label_1000008", touch, {detection, Name("btnTouchTest")}},
          &BasicTester::OnBtnTouchTestClicked},
-        // The name dates from an eMMC row; it is kept for those who address the button by it.
+        // The name dates from an eMMC row. It is kept, because the button is found by it from
+        // outside.
         {{"Label_1000012", m_ethernet, {detection, Name("btnEmmcTest")}},
          &BasicTester::OnBtnNetTestClicked},
+        // // The "r" and "w" in these two names stand for reading and writing the real-time clock
+        // (RTC).
         {{"Label_1000021", m_clockRead, {"Label_1000023", Name("btnrRTCTest")}},
          &BasicTester::OnBtnGetRTCTestClicked},
         {{"Label_1000022", m_clockSet, {"Label_1000024", Name("btnwRTCTest")}},
@@ -165,7 +168,7 @@ BasicTester::BasicTester(QWidget* parent) : QWidget(parent)
     }
     AddFiller(layout, count);
 
-    // Calibration ends in a restart of the board, so this page does not offer it.
+    // Calibration ends with a restart of the board, so this page does not offer it.
     auto* calibrate = findChild<QPushButton*>("btnTouchCalc");
     calibrate->setText(MoskTranslator::Translate("Label_1000006"));
     calibrate->setEnabled(false);
@@ -225,7 +228,7 @@ void BasicTester::OnBtnTouchTestClicked(bool /*checked*/)
     test.exec();
 }
 
-// The page has no row for the eMMC or the memory.
+// Connected to nothing: the page has no row for the eMMC or the memory (DDR).
 void BasicTester::OnBtnEmmcTestClicked(bool /*checked*/) {}
 
 void BasicTester::OnBtnDdrTestClicked(bool /*checked*/) {}
@@ -259,20 +262,21 @@ void BasicTester::OnBtnSetRTCTestClicked(bool /*checked*/)
 void BasicTester::OnBtn4gTestClicked(bool /*checked*/)
 {
     static bool s_setMode = false;
-    // Without the modem the shell would leave a plain file, which keeps the device from coming up.
+    // Without the modem the shell would create a plain file of this name, and the modem's device
+    // could not come up.
     if (!s_setMode && IsDevice("/dev/ttyUSB1")) {
-        // Has the modem bring its data connection up as the network device usb0.
+        // Makes the modem bring up its data connection as the network device usb0.
         RunShell("echo -e \"AT+QNETDEVCTL=3,1,1\r\n\"  > /dev/ttyUSB1");
         s_setMode = true;
     }
     Ping(m_mobile, QString("ping -I usb0 %1 -w 2 -c 2").arg(m_mobile->text()));
 }
 
-/// Pings and shows the verdict in `line`, in the place of the target that was typed there.
+/// Pings and shows the verdict in `line`, where it replaces the typed target.
 void BasicTester::Ping(QLineEdit* line, const QString& command)
 {
-    // Never deleted: a ping that still hangs would be waited for a second time. A check is one
-    // press of the operator's, so what this keeps is small.
+    // Never deleted: the destructor would wait for a hanging ping a second time. The operator
+    // presses the button for each check, so this leaks little memory.
     auto* process = new QProcess;
     const QByteArray output = RunPing(process, command);
     const bool answered = PingAnswered(QString::fromLatin1(output.constData()));

@@ -6,7 +6,7 @@ class QComboBox;
 class QDateTime;
 class QLineEdit;
 
-/// The board's quick checks on one grid: a row each, its result in the row's own line.
+/// The board's quick checks, one row each. Each row shows its own result.
 class BasicTester : public QWidget
 {
     Q_OBJECT
@@ -14,11 +14,11 @@ class BasicTester : public QWidget
 public:
     explicit BasicTester(QWidget* parent);
 
-    /// Chooses the rotation that the touch screen's calibration file records.
+    /// Selects the rotation that the touch screen's calibration file records.
     void InitCurrentRotate();
 
-    /// Sets the controller's clock and the system's. An invalid time, or a controller that cannot
-    /// be reached, leaves both as they are.
+    /// Sets the controller's clock and the system's clock. If the time is invalid or the controller
+    /// cannot be reached, both stay as they are. "Ty" in the name is a misspelt "by".
     void SetTimeTyUart(const QDateTime& dt);
 
 private slots:
@@ -45,6 +45,6 @@ private:
     QLineEdit* m_clockRead = nullptr;
     QLineEdit* m_clockSet = nullptr;
     QLineEdit* m_mobile = nullptr;
-    /// 0 while the buzzer is off, as far as this page has switched it.
+    /// 0 while the buzzer is off, as far as this page has switched it; else 1000.
     int m_beep = 0;
 };

@@ -25,7 +25,7 @@
 namespace
 {
 
-/// Notes why a call on a CAN interface failed. The page goes on: a dead bus shows as silence.
+/// Logs why a call on a CAN interface failed. The page goes on: a dead bus is a silent bus.
 void NoteFailure(bool ok, const char* call, const char* interface)
 {
     if (!ok) {
@@ -33,8 +33,8 @@ void NoteFailure(bool ok, const char* call, const char* interface)
     }
 }
 
-/// Closes a socket and has its number stand for nothing, so that no other file is given it. Returns
-/// the number; -1 when it could not be kept.
+/// Closes a socket and makes its descriptor number refer to /dev/null, so that no other file gets
+/// the number. Returns the number, or -1 when it could not be kept.
 int CloseAndKeepNumber(int socket, const char* interface)
 {
     const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
@@ -60,6 +60,7 @@ CanTester::CanTester(QWidget* parent) : QWidget(parent)
     m_chooser->addItem("can0");
     m_chooser->setCurrentIndex(0);
     m_openClose =
+        // // The buttons have the same names as those of the serial page.
         AddRow(layout, {"Label_1000900", m_chooser, {"Label_1000901", Name("btnOpenCom")}});
 
     m_sendText = new QLineEdit(tr("1122334455667788"), this);
@@ -95,7 +96,7 @@ void CanTester::StartCan(int which)
 
     ifreq request = {};
     std::strncpy(request.ifr_name, interface, IFNAMSIZ - 1);
-    // Index 0 would bind to every bus where the one asked for is missing.
+    // If the interface is missing, index 0 would bind to every bus.
     request.ifr_ifindex = -1;
     NoteFailure(ioctl(m_socket, SIOCGIFINDEX, &request) == 0, "ioctl", interface);
 
@@ -104,7 +105,7 @@ void CanTester::StartCan(int which)
     NoteFailure(bind(m_socket, reinterpret_cast<sockaddr*>(&m_address), sizeof m_address) == 0,
                 "bind", interface);
 
-    // A kernel without CAN gives no socket, so the page may come here again.
+    // A kernel without CAN gives no socket. Open can then be pressed again while a receiver runs.
     StopReceiver();
     m_receiver = new CanThread(m_socket, nullptr);
     connect(m_receiver, &CanThread::message, this, &CanTester::OnMessage);
@@ -117,7 +118,7 @@ void CanTester::StopCan()
         return;
     }
     StopReceiver();
-    // The number stays: the page opens the bus once, and its button then stays on Open.
+    // The number stays set: a page opens the bus only once. After that its button stays on Open.
     m_socket = CloseAndKeepNumber(m_socket, qUtf8Printable(m_chooser->currentText()));
 }
 

@@ -22,8 +22,8 @@ public:
     /// Opens a CAN interface and receives from it: "can1" when `which` is not 0, else "can0".
     void StartCan(int which);
 
-    /// Stops receiving and closes the socket, whose number is kept until the page goes: a page
-    /// opens the bus once, and what it sends then reaches nobody.
+    /// Stops receiving and closes the socket. The socket's number is kept until the page is
+    /// deleted: a page opens the bus only once. Frames that it sends after that reach nobody.
     void StopCan();
 
 private slots:

@@ -19,7 +19,7 @@ void CanThread::run()
 {
     while (m_isRunning) {
         can_frame frame = {};
-        // Nothing waiting and a bus that is down read the same; both are silence.
+        // An empty queue and a bus that is down give the same result. Both mean silence.
         if (read(m_socket, &frame, sizeof frame) > 0) {
             emit message(CanFrameText(frame));
         }

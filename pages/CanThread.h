@@ -4,14 +4,14 @@
 
 #include <atomic>
 
-/// Polls a CAN socket and hands each frame on as text. It takes one frame in 10 ms; frames that
-/// come faster queue up in the socket rather than flooding the GUI.
+/// Polls a CAN socket and emits each frame as text. It takes one frame every 10 ms. Frames that
+/// come faster wait in the socket's queue, so that they do not flood the GUI.
 class CanThread : public QThread
 {
     Q_OBJECT
 
 public:
-    /// `socket` stays its opener's, who closes it after stop().
+    /// The caller keeps `socket`, and closes it after stop().
     CanThread(int socket, QObject* parent);
 
     /// Ends the thread and waits until it has ended.

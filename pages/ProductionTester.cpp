@@ -54,6 +54,7 @@ ToolProductionTest::~ToolProductionTest()
 QPushButton* ToolProductionTest::AddButton(QGridLayout* layout, int row, const Button& content)
 {
     QPushButton* button = NewButton(content, {100, 50}, this);
+    // // The style sheet highlights a button whose "status" is "on".
     button->setProperty("status", "off");
     layout->addWidget(button, row, 0);
     return button;
@@ -110,6 +111,7 @@ void ToolProductionTest::OnSerialportRead()
     ProcessData(m_port->readAll());
 }
 
+// // Connected to nothing: the page never writes to the port.
 void ToolProductionTest::OnSerialportWritten(qint64 /*count*/) {}
 
 void ToolProductionTest::OnTimer()
@@ -137,7 +139,7 @@ void ToolProductionTest::OnBtnResetClicked()
     OpenComPort();
 }
 
-/// Shows a view, with its button lit.
+/// Shows a view and highlights its button.
 void ToolProductionTest::ShowView(int index, QPushButton* chosen, QPushButton* other)
 {
     chosen->setProperty("status", "on");

@@ -12,8 +12,8 @@ class QTimer;
 class ReceiveView;
 struct Button;
 
-/// Listens to the log of a board being flashed: shows it as it comes and, for each milestone in it,
-/// a green or red line of its own.
+/// Listens to the log of a board that is being flashed. It shows the log as it comes, and a green
+/// or red line for each milestone.
 class ToolProductionTest : public QWidget
 {
     Q_OBJECT
@@ -22,13 +22,14 @@ public:
     explicit ToolProductionTest(QWidget* parent);
     ~ToolProductionTest() override;
 
-    /// Takes in a chunk of the log as it was received; a line may come in several.
+    /// Takes a chunk of the log as it was received. A line may be spread over several chunks.
     void ProcessData(const QByteArray& chunk);
 
-    /// Posts the result of the marker in a complete line, if it holds one.
+    /// Shows the result of a complete line, if the line holds a marker.
     void ParseLine(const QString& line);
 
-    /// Plays a captured log, "./a40ilog.txt", as if it were received. The page itself never does.
+    /// Replays a captured log, "./a40ilog.txt", as if it were received. The page itself never does
+    /// this.
     void ProcessFile();
 
     /// Adds "******** " and the text to both views, green when `ok`, else red.

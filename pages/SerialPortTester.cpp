@@ -40,7 +40,7 @@ SerialPortTester::SerialPortTester(QWidget* parent) : QWidget(parent)
         AddRow(layout, {"Label_1000300", m_chooser, {"Label_1000301", Name("btnOpenCom")}});
 
     m_sendText = new QLineEdit(tr("Hello MOSK!"), this);
-    // What is pasted is sent whole; the default limit would cut it off without a word.
+    // Pasted text is sent whole. The default limit would silently cut it off.
     m_sendText->setMaxLength(std::numeric_limits<int>::max());
     QPushButton* send =
         AddRow(layout, {"Label_1000302", m_sendText, {"Label_1000303", Name("btnSendCom")}});
@@ -72,7 +72,7 @@ void SerialPortTester::OnBtnSendClicked(bool /*checked*/)
     if (m_port == nullptr || !m_port->isOpen()) {
         return;
     }
-    // As a C string: a NUL typed or pasted ends what is sent.
+    // Sent as a C string: a NUL in the text ends it.
     m_port->write(m_sendText->text().toUtf8().constData());
     m_port->write("\n");
 }
@@ -83,7 +83,7 @@ void SerialPortTester::OnSerialportRead()
     const int nul = received.indexOf('\0');
     QString text = m_decoder->toUnicode(nul < 0 ? received : received.left(nul));
     if (nul >= 0) {
-        // What follows a NUL is not shown, so a character that it cut can never be completed.
+        // Bytes after a NUL are not shown, so a character that the NUL cuts can never be completed.
         if (m_decoder->needsMoreData()) {
             text += QChar(QChar::ReplacementCharacter);
         }
@@ -92,6 +92,7 @@ void SerialPortTester::OnSerialportRead()
     m_received->AddText(text);
 }
 
+// // Connected to nothing: the page shows only what it receives.
 void SerialPortTester::OnSerialportWritten(qint64 /*count*/) {}
 
 void SerialPortTester::Open()

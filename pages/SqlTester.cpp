@@ -20,7 +20,8 @@
 namespace
 {
 
-/// Shows the outcome of a step in its field; a step that fails takes the later ones with it.
+/// Shows the result of a step in its field. If a step fails, the fields of the later steps fail
+/// too.
 void Show(std::initializer_list<QLineEdit*> fields, bool ok)
 {
     for (QLineEdit* field : fields) {
@@ -60,7 +61,7 @@ SqlTester::SqlTester(QWidget* parent) : QWidget(parent)
     }
 
     m_result = new QTableView(this);
-    // The key leads out of the table; the operator has a finger for its cells.
+    // The Tab key leaves the table. The operator taps its cells.
     m_result->setTabKeyNavigation(false);
     AddRow(layout, {"Label_1000406", m_result});
 
@@ -69,7 +70,7 @@ SqlTester::SqlTester(QWidget* parent) : QWidget(parent)
 
 SqlTester::~SqlTester()
 {
-    // The driver warns of a connection that is taken away while somebody holds it.
+    // Qt warns when a connection is removed that is still in use.
     m_model.clear();
     const QString connection = m_database.connectionName();
     m_database.close();
@@ -86,7 +87,7 @@ void SqlTester::OnStartSqlTest(bool /*checked*/)
     if (QFileInfo(path).isFile()) {
         QFile::remove(path);
     }
-    // One connection for all runs: the rows on show are its driver's, also when a later run fails.
+    // All runs use one connection. The rows on show belong to it, also when a later run fails.
     if (m_database.connectionName().isEmpty()) {
         m_database = QSqlDatabase::addDatabase("QSQLITE");
     }

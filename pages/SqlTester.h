@@ -7,8 +7,8 @@
 class QLineEdit;
 class QTableView;
 
-/// Checks the SQLite driver and the storage below it: creates a database anew, fills it, deletes
-/// from it and shows what is left.
+/// Checks the SQLite driver and the storage below it: creates a new database, fills it, deletes a
+/// row and shows the others.
 class SqlTester : public QWidget
 {
     Q_OBJECT

@@ -35,7 +35,8 @@ ToolTouchTest::ToolTouchTest(QWidget* parent) : QDialog(parent, Qt::FramelessWin
     connect(exit, &QPushButton::clicked, this, &ToolTouchTest::OnBtnClosed);
 }
 
-// While a finger is down Qt takes the place that it was put on for the place under it.
+// Qt sends all moves of a finger to the widget that was touched first. So this looks up the widget
+// that is under the finger now.
 bool ToolTouchTest::eventFilter(QObject* watched, QEvent* event)
 {
     switch (event->type()) {
@@ -44,14 +45,14 @@ bool ToolTouchTest::eventFilter(QObject* watched, QEvent* event)
     case QEvent::MouseMove:
     case QEvent::MouseButtonRelease: {
         const auto* mouse = static_cast<QMouseEvent*>(event);
-        // A finger that is lifted is nowhere, a mouse is where its button was released.
+        // A lifted finger is nowhere. A mouse stays where its button was released.
         m_isLifted = event->type() == QEvent::MouseButtonRelease &&
                      mouse->source() != Qt::MouseEventNotSynthesized;
         Light(m_isLifted ? nullptr : childAt(mapFromGlobal(mouse->globalPos())));
         break;
     }
     case QEvent::Enter:
-        // Qt thinks of a mouse where the finger was lifted.
+        // Qt assumes a mouse where the finger was lifted.
         if (m_isLifted) {
             Light(nullptr);
         }
@@ -62,14 +63,15 @@ bool ToolTouchTest::eventFilter(QObject* watched, QEvent* event)
     return QDialog::eventFilter(watched, event);
 }
 
-/// Lights up a place and no other.
+/// Lights up one place, or none if `place` is null.
 void ToolTouchTest::Light(const QWidget* place)
 {
     for (auto* button : findChildren<QPushButton*>()) {
         if (button->underMouse() == (button == place)) {
             continue;
         }
-        // What the style sheet's :hover goes by, from the mouse's first move over the button on.
+        // The style sheet's :hover follows this attribute, but only from the first mouse move over
+        // the button.
         button->setAttribute(Qt::WA_UnderMouse, button == place);
         if (button == place) {
             const QPoint centre = button->rect().center();
@@ -81,7 +83,7 @@ void ToolTouchTest::Light(const QWidget* place)
     }
 }
 
-// A keyboard on the board must not end the test: only the finger on the centre does.
+// A key on a keyboard must not end the test. Only a tap on the centre ends it.
 void ToolTouchTest::keyPressEvent(QKeyEvent* event)
 {
     event->ignore();

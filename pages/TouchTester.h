@@ -21,6 +21,6 @@ private slots:
 private:
     void Light(const QWidget* place);
 
-    /// The last that came from a finger was that it was lifted.
+    /// Whether the last event was a finger that was lifted.
     bool m_isLifted = false;
 };

@@ -115,6 +115,6 @@ void ToolVncTest::OnBtnSetClicked()
         return WithField(content, remotePort, m_remotePort);
     });
     RunShell("sync");
-    // Said whatever became of the files.
+    // Shown even when a file could not be written.
     TellOperator(nullptr, MoskTranslator::Translate("Label_1010006"));
 }

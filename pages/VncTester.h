@@ -8,8 +8,8 @@ class QGridLayout;
 class QLineEdit;
 struct IniKey;
 
-/// The settings of the board's VNC server and of the frp client that carries it to a relay. They
-/// take effect when those services next read their files.
+/// The settings of the board's VNC server and of the frp client that connects it to a relay. They
+/// take effect when these services next read their files.
 class ToolVncTest : public QWidget
 {
     Q_OBJECT
@@ -24,8 +24,8 @@ private:
     QCheckBox* AddBox(QGridLayout* layout, int row, const char* textKey);
     QLineEdit* AddField(QGridLayout* layout, int row, const char* titleKey);
     void LoadConfig();
-    /// The content of a file with the field's text at the key. A field that the operator did not
-    /// touch leaves the file's value; only a missing key is added.
+    /// A file's content with the key set to the field's text. If the operator did not change the
+    /// field, the file's value stays, and only a missing key is added.
     QByteArray WithField(const QByteArray& content, const IniKey& key, QLineEdit* field) const;
 
     QCheckBox* m_enable = nullptr;

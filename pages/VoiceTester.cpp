@@ -15,7 +15,8 @@
 namespace
 {
 
-/// Set by the first play and kept to the program's end: a run of the program plays one sound.
+/// Set by the first play, and kept until the program ends: the program plays one sound in each run.
+/// Not a member, because it must outlive the page.
 bool m_isPlaying = false;
 
 } // namespace

@@ -14,14 +14,14 @@ class VoiceTester : public QWidget
 public:
     explicit VoiceTester(QWidget* parent);
 
-    /// Stops what is playing.
+    /// Stops the sound.
     ~VoiceTester() override;
 
 private slots:
     void OnBtnScanClicked(bool checked);
     void OnBtnPlayClicked(bool checked);
 
-    /// For boards with a microphone, whose recordings end by this timer; it never runs on this one.
+    /// Ends a recording on boards with a microphone. This board has none, so the timer never runs.
     void OnTimeout();
 
 private:

@@ -21,7 +21,7 @@
 namespace
 {
 
-/// The same in both languages; as it is no key it is shown as it stands.
+/// The same in both languages. The translator returns a text that is no key unchanged.
 const char* const pingTitle = "Ping:";
 
 } // namespace
@@ -41,6 +41,7 @@ ToolWifiTest::ToolWifiTest(QWidget* parent) : QWidget(parent)
     m_isWifiEnabled = IsWifiEnable();
     const char* const switchKey = m_isWifiEnabled ? "Label_1000713" : "Label_1000712";
     const QSize size(100, 30);
+    // // The member's name is the object name too: the button is found by it from outside.
     m_btnOpenWifi = AddRow(layout, 0, size,
                            {"Label_1000700", m_lineStatus, {switchKey, Name("m_btnOpenWifi")}});
     QPushButton* scan =
@@ -82,6 +83,8 @@ bool ToolWifiTest::IsWifiEnable()
     return isRunning;
 }
 
+/// Reads the state of the connection and shows it in the status field. Not a slot, in spite of its
+/// name: other functions call it.
 void ToolWifiTest::OnLabelStatusRefreshed()
 {
     if (!m_isWifiEnabled) {
@@ -93,7 +96,7 @@ void ToolWifiTest::OnLabelStatusRefreshed()
     if (!output) {
         return;
     }
-    // Of the 100 bytes the last is the end of the text; an earlier end counts as well.
+    // A text of 100 bytes has room for 99 and a NUL. An earlier NUL ends it, too.
     const QByteArray status(output->left(99).constData());
     if (const auto link = ReadLinkStatus(status)) {
         m_lineStatus->setText(link->isConnected
@@ -118,7 +121,7 @@ void ToolWifiTest::OnBtnScanClicked(bool /*checked*/)
         return;
     }
     m_comboSsid->clear();
-    // No wait for the scan: the results are those that the supplicant has by now.
+    // This does not wait for the scan to end: it lists what the supplicant knows by now.
     RunShell("wpa_cli -i wlan0 scan");
     RunShell("wpa_cli -i wlan0 scan_results | awk '{print $5,$3}' > /tmp/wifi.ini");
     QFile results("/tmp/wifi.ini");
@@ -144,7 +147,7 @@ void ToolWifiTest::OnBtnConnectClicked(bool /*checked*/)
     if (ssid.isEmpty() || passphrase.isEmpty()) {
         return;
     }
-    // A name or passphrase cut short would never connect, and nobody would know why.
+    // A truncated name or passphrase would never connect, and nobody would know why.
     if (!ComposeSetNetwork(m_ssidCommand, "ssid", SsidBytes(ssid.toUtf8())) ||
         !ComposeSetNetwork(m_pskCommand, "psk", passphrase.toUtf8())) {
         m_lineStatus->setText(MoskTranslator::Translate("Label_1010002"));

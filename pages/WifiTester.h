@@ -6,8 +6,8 @@ class QComboBox;
 class QLineEdit;
 class QPushButton;
 
-/// The wireless interface wlan0: switched on and off, joined to a network through the supplicant's
-/// command line client, and tried with a ping.
+/// The wireless interface wlan0. The page switches it on and off, joins a network through wpa_cli,
+/// and tries the network with a ping.
 class ToolWifiTest : public QWidget
 {
     Q_OBJECT
@@ -27,7 +27,7 @@ private:
     void OnLabelStatusRefreshed();
     bool IsWifiEnable();
 
-    /// Measured once, when the page opens; from then on what the operator switched it to.
+    /// Read when the page opens. After that only the operator's switch changes it.
     bool m_isWifiEnabled = false;
     QLineEdit* m_lineStatus = nullptr;
     QPushButton* m_btnOpenWifi = nullptr;

@@ -11,7 +11,7 @@ namespace
 const char* const callsPath = "/run/board/calls";
 const char* const toolsPath = "/run/board/tools";
 
-/// These functions write to /etc and /dev: never on a real machine.
+/// These functions write to /etc and /dev, so they must never run on a real machine.
 void CheckWeAreOnTheBoard()
 {
     if (!QFileInfo("/run/host/etc").isDir()) {

@@ -31,7 +31,7 @@ void PseudoTerminal::Write(const QByteArray& bytes)
         if (written > 0) {
             done += written;
         } else if (errno == EAGAIN) {
-            // The line is full: the board has to read first.
+            // The line is full. The board must read first.
             QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
         } else {
             qFatal("%s: %s", qPrintable(m_device), std::strerror(errno));

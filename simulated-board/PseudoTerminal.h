@@ -5,24 +5,24 @@
 #include <QByteArray>
 #include <QString>
 
-/// A serial port of the simulated board whose far end the test holds itself.
+/// A serial port of the simulated board. The test itself holds the far end.
 class PseudoTerminal
 {
 public:
-    /// Comes up as `device`, such as "/dev/ttyS2".
+    /// Creates the port as `device`, such as "/dev/ttyS2".
     explicit PseudoTerminal(const QString& device);
     ~PseudoTerminal();
 
-    /// Sends to the board, all of it.
+    /// Sends all of the bytes to the board.
     void Write(const QByteArray& bytes);
 
-    /// What the board has sent by now.
+    /// Returns what the board has sent since the last call.
     QByteArray ReadAvailable();
 
     /// Runs the event loop until the board has sent `expected` and nothing else, 5 s at most.
     bool WaitFor(const QByteArray& expected);
 
-    /// Is unplugged: whoever has the port open sees it vanish.
+    /// Unplugs the port. A program that has it open sees a hang-up.
     void Vanish();
 
 private:

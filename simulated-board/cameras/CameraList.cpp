@@ -6,7 +6,7 @@
 QVector<BoardCamera> CamerasOfTheBoard()
 {
     QVector<BoardCamera> cameras;
-    // A line is the device, the colour and the description; the description may hold blanks.
+    // A line has the device, the colour and the description. The description may contain blanks.
     QFile file("/run/board/cameras");
     if (!file.open(QIODevice::ReadOnly)) {
         return cameras;

@@ -9,9 +9,9 @@
 struct BoardCamera {
     QByteArray device;
     QString description;
-    /// What its picture shows; an invalid colour for a camera that cannot be opened.
+    /// The colour of its picture; invalid for a camera that cannot be opened.
     QColor colour;
 };
 
-/// The cameras that the board's description has by now, in its order.
+/// The cameras in the board's current description, in its order.
 QVector<BoardCamera> CamerasOfTheBoard();

@@ -2,7 +2,7 @@
 
 #include <QMediaServiceProviderPlugin>
 
-/// Offers the simulated board's cameras to Qt Multimedia. The program finds it by QT_PLUGIN_PATH,
+/// Offers the simulated board's cameras to Qt Multimedia. Qt finds the plug-in by QT_PLUGIN_PATH,
 /// which only the simulated board sets.
 class CameraPlugin : public QMediaServiceProviderPlugin,
                      public QMediaServiceSupportedDevicesInterface

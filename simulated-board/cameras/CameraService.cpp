@@ -17,7 +17,7 @@ namespace
 const QSize pictureSize(640, 480);
 const int millisecondsAFrame = 40;
 
-/// The cameras that somebody has open.
+/// The devices of the open cameras.
 QSet<QByteArray>& OpenCameras()
 {
     static QSet<QByteArray> s_devices;

@@ -10,7 +10,7 @@
 #include <QVideoDeviceSelectorControl>
 #include <QVideoRendererControl>
 
-/// Which of the board's cameras the service stands for.
+/// Selects the camera that the service uses.
 class CameraSelector : public QVideoDeviceSelectorControl
 {
     Q_OBJECT
@@ -18,7 +18,7 @@ class CameraSelector : public QVideoDeviceSelectorControl
 public:
     CameraSelector();
 
-    /// The chosen camera, invalid when it has been pulled out.
+    /// The chosen camera; invalid when it has been unplugged.
     BoardCamera Selected() const;
 
     int deviceCount() const override;
@@ -33,7 +33,7 @@ private:
     int m_selected = 0;
 };
 
-/// Where the picture goes.
+/// Holds the surface that the picture is drawn on.
 class CameraRenderer : public QVideoRendererControl
 {
     Q_OBJECT
@@ -49,9 +49,9 @@ private:
     QPointer<QAbstractVideoSurface> m_surface;
 };
 
-/// Switches the camera on and off, and notes both in /run/board/received/cameras: "open DEVICE" and
-/// "close DEVICE". As with a real camera, nobody else can open it meanwhile. As with GStreamer's
-/// camera source (1.22), its descriptor stays open for good unless GST_V4L2_FORCE_DRAIN is set.
+/// Switches the camera on and off, and records both in /run/board/received/cameras: "open DEVICE"
+/// and "close DEVICE". Like a real camera, an open one cannot be opened again. As with GStreamer's
+/// camera source (1.22), its descriptor is never closed unless GST_V4L2_FORCE_DRAIN is set.
 class CameraSwitch : public QCameraControl
 {
     Q_OBJECT
@@ -100,6 +100,6 @@ public:
 private:
     CameraSelector m_selector;
     CameraRenderer m_renderer;
-    // Last, so that an open camera closes while it still has its renderer.
+    // The last member, so that an open camera is closed while its renderer still exists.
     CameraSwitch m_switch{m_selector, m_renderer};
 };

@@ -14,7 +14,7 @@ QByteArray ReadFile(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// The bytes of a text with escapes.
+/// Returns the bytes that a text with escapes stands for.
 QByteArray Unescaped(const QByteArray& text)
 {
     QByteArray bytes;

@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QList>
 
-/// A network in the air, as the board's description has it.
+/// A network that the board can receive, from the board's description.
 struct Station {
     QByteArray name;
     QByteArray signal;
@@ -14,12 +14,12 @@ struct Station {
     bool IsOpen() const { return passphrase == "-"; }
 };
 
-/// The networks in the air by now, in the order of the description.
+/// The networks in the board's current description, in its order.
 QList<Station> StationsInTheAir();
 
-/// How long a scan takes by now, in ms.
+/// How long a scan takes now, in ms.
 qint64 ScanTime();
 
-/// A network's name as the supplicant prints it: what is not printable ASCII, quotes and
-/// back-slashes as escapes.
+/// A network's name as the supplicant prints it. Quotes, back-slashes and bytes that are not
+/// printable ASCII become escapes.
 QByteArray Printed(const QByteArray& name);

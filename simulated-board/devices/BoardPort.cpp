@@ -1,8 +1,9 @@
-// A serial port of the simulated board: a pseudo-terminal and what is plugged into it.
+// A serial port of the simulated board: a pseudo-terminal and the device that is plugged into it.
 //
 //   board-port DEVICE ROLE [ARGUMENT]...
 //
-// The port is there while the program runs and vanishes with it, as an adapter that is pulled out.
+// The port exists while this program runs. When it ends, the port vanishes like an unplugged
+// adapter.
 
 #include "simulated-board/devices/PortRole.h"
 #include "simulated-board/devices/PseudoTerminalPair.h"

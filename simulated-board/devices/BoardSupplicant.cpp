@@ -1,5 +1,5 @@
-// The supplicant of the simulated board, behind the control interface of wpa_supplicant, so that
-// the real wpa_cli is its client:
+// The supplicant of the simulated board. It serves the control interface of wpa_supplicant, so the
+// real wpa_cli is its client.
 //
 //   board-supplicant
 
@@ -18,10 +18,10 @@ namespace
 
 const sockaddr_un ownAddress = {AF_UNIX, "/run/wpa_supplicant/wlan0"};
 
-/// How often what happens by itself is looked for: a slow network that is joined by now.
+/// How often to check whether a slow network has been joined, in ms.
 const int settleInterval = 100;
 
-/// Answers one request; a client that has gone by then is no matter.
+/// Answers one request. A client that has gone meanwhile is ignored.
 void Serve(int descriptor, Supplicant& supplicant)
 {
     char request[4096];

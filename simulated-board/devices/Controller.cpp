@@ -12,14 +12,14 @@
 namespace
 {
 
-// A frame is header, length, command, data and checksum; the length counts what follows it.
+// A frame is header, length, command, data and checksum. The length counts the bytes after it.
 const std::string header = "\x5A\xA5";
 const std::size_t lengthEnd = 3;
 const std::size_t dataBegin = 4;
 const char setTime = 2;
 const char switchBuzzer = 3;
 
-/// A frame that stops short for this long is given up.
+/// An incomplete frame is dropped after this time, in ms.
 const int frameTimeout = 200;
 
 int Byte(const std::string& bytes, std::size_t index)
@@ -27,14 +27,14 @@ int Byte(const std::string& bytes, std::size_t index)
     return static_cast<unsigned char>(bytes[index]);
 }
 
-/// Whether the bytes begin as a frame does, as far as they go.
+/// Whether the bytes can be the beginning of a frame.
 bool MayBeginAFrame(const std::string& bytes)
 {
     const auto count = std::min(bytes.size(), header.size());
     return bytes.compare(0, count, header, 0, count) == 0;
 }
 
-/// The sum of all from the length up to the checksum, as the checksum has to be.
+/// The checksum is the sum of the bytes from the length to the last byte before it.
 bool ChecksumIsRight(const std::string& frame)
 {
     const int sum = std::accumulate(frame.begin() + header.size(), frame.end() - 1, 0,
@@ -83,7 +83,7 @@ bool Controller::TakeFrame()
     return true;
 }
 
-/// Does what the frame says, if it is one.
+/// Carries out a frame. False when the bytes are not a valid frame.
 bool Controller::Accept(const std::string& frame)
 {
     if (frame.size() <= dataBegin || !ChecksumIsRight(frame)) {
@@ -137,7 +137,7 @@ void Controller::Refuse(std::size_t count)
     WriteState();
 }
 
-/// Whoever reads the file finds a whole state.
+/// Renamed into place, so that a reader always finds a complete file.
 void Controller::WriteState() const
 {
     const char* const path = "/run/board/received/controller";

@@ -4,20 +4,21 @@
 
 #include <string>
 
-/// The companion controller: it has the buzzer and the battery-backed clock. What it was last told
-/// stands in /run/board/received/controller, a line each:
+/// The companion controller, which has the buzzer and the battery-backed clock. It writes its state
+/// to /run/board/received/controller, one value a line:
 ///
 ///   buzzer on|off
 ///   time YYYY-MM-DD hh:mm:ss, or "time none" before it is set
-///   accepted COUNT of the frames it has understood
-///   refused COUNT of the stretches of bytes it has not
+///   accepted COUNT of the frames that it understood
+///   refused COUNT of the runs of bytes that it did not understand
 class Controller : public PortRole
 {
 public:
     void Run(int master) override;
 
 private:
-    /// Takes one frame, or bytes that are none, from the front. False when more has to come first.
+    /// Takes one frame, or bytes that are not a frame, from the front. False when it needs more
+    /// bytes.
     bool TakeFrame();
     bool Accept(const std::string& frame);
     bool SwitchBuzzer(const std::string& data);

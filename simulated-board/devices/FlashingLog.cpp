@@ -12,7 +12,7 @@ class Writer
 public:
     explicit Writer(const FlashingRun& run) : m_run(run), m_random(run.seed) {}
 
-    /// The boot loader's lines are stamped in ms; the kernel's in seconds, padded or not.
+    /// The boot loader stamps its lines in ms. The kernel stamps them in seconds, padded or not.
     enum Stamp { Loader, Kernel, PaddedKernel, Bare };
 
     void Line(Stamp stamp, const std::string& text)
@@ -21,14 +21,14 @@ public:
         m_log += Stamped(stamp) + text + m_run.lineEnd;
     }
 
-    /// A line into which the other side of the board prints.
+    /// A line with a message from the other side of the board in the middle.
     void TornLine(const std::string& start, const std::string& intruder, const std::string& rest)
     {
         m_ms += 1 + Below(20);
         m_log += Stamped(Loader) + start + intruder + rest + m_run.lineEnd;
     }
 
-    /// Two messages whose line end got lost.
+    /// Two messages on one line, because a line end was lost.
     void DoubleLine(const std::string& first, const std::string& second)
     {
         m_ms += 1 + Below(20);
@@ -82,7 +82,7 @@ private:
     int m_ms = 100;
 };
 
-/// Starting up: memory, storage, and the complaints of every good run.
+/// The start: memory, storage, and the error messages that every good run has.
 void WriteStart(Writer& log, const FlashingRun& run)
 {
     log.Line(Writer::Loader, "HELLO! BOOT0 is starting!");
@@ -102,7 +102,7 @@ void WriteStart(Writer& log, const FlashingRun& run)
         log.Line(Writer::Loader, "nand: id 98 dc 90 26, ecc err limit 8");
     } else {
         log.Line(Writer::Loader, "mmc 2: try ddr50 failed, fall back to hs200");
-        // Printed at each normal boot as well, whatever became of the card.
+        // Printed at each normal boot, too, whatever happened to the card.
         log.Line(Writer::Loader, "[mmc]: *Try SD card 2*");
     }
     log.TornLine("workmode = ", "a40i login: ", "16");

@@ -18,7 +18,7 @@ struct FlashingRun {
     unsigned seed = 1;              ///< what varies from run to run: stamps, prompts, blanks
 };
 
-/// What the board prints during such a run: over 1,000 lines as the real tools write them, with
-/// stamps of three kinds, a login prompt and kernel messages in the middle of lines, and words such
-/// as "fail" and "err" in runs that are good.
+/// The log that the board prints during such a run. It has over 1,000 lines as the real tools write
+/// them, with three kinds of stamps, and with a login prompt and kernel messages in the middle of
+/// lines. Good runs, too, have words such as "fail" and "err".
 std::string FlashingLog(const FlashingRun& run);

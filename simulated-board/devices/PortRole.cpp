@@ -56,7 +56,7 @@ public:
     }
 };
 
-/// Talks without end and never listens.
+/// Sends without end and never reads.
 class Flood : public PortRole
 {
 public:
@@ -79,7 +79,8 @@ public:
 };
 
 /// Prints the log of a board that is put on the bench when the port has been opened and cleared,
-/// and of another one after a silence. A serial line waits for nobody: what is not read is lost.
+/// and of another board after a silence. A serial line does not wait: bytes that nobody reads are
+/// lost.
 class Log : public PortRole
 {
 public:
@@ -87,7 +88,7 @@ public:
 
     void Run(int master) override
     {
-        // In packet mode the terminal tells this end when the other one clears the port.
+        // In packet mode the terminal reports to this end when the other end clears the port.
         const int on = 1;
         Check(ioctl(master, TIOCPKT, &on), "packet mode");
         Check(fcntl(master, F_SETFL, O_NONBLOCK), "non-blocking mode");
@@ -106,7 +107,7 @@ public:
     }
 
 private:
-    /// Whether the port is cleared within that time; what the board writes is let go.
+    /// Whether the port is cleared within that time. Bytes that the board writes are discarded.
     static bool IsCleared(int master, int milliseconds)
     {
         pollfd port = {master, POLLIN, 0};

@@ -14,7 +14,7 @@ namespace
 const QByteArray done = "OK\n";
 const QByteArray failed = "FAIL\n";
 const QByteArray resultsHeader = "bssid / frequency / signal level / flags / ssid\n";
-/// No reply is longer; networks that do not fit are left out.
+/// The longest reply in bytes. Networks that do not fit are left out.
 const int longestReply = 4095;
 
 /// How long it takes to join a slow network, in ms.
@@ -40,7 +40,7 @@ QByteArray Frequency(int place)
     return QByteArray::number(2412 + 5 * (place % 13));
 }
 
-/// The networks in the air as a scan lists them. A hidden one is heard, but not its name.
+/// The networks as a scan lists them. A hidden network is listed without its name.
 QByteArray ListTheAir()
 {
     QByteArray list;
@@ -58,8 +58,8 @@ QByteArray ListTheAir()
     return list;
 }
 
-/// The bytes of a name as a client gives it: between double quotes as it stands, or in hexadecimal
-/// digits. Nothing when it is neither.
+/// The bytes of a name that a client sets. A client writes a name literally between double quotes,
+/// or in hexadecimal digits. Nothing when it is neither.
 QByteArray NameOf(const QByteArray& value)
 {
     if (value.startsWith('"')) {
@@ -69,7 +69,7 @@ QByteArray NameOf(const QByteArray& value)
     return name.toHex() == value.toLower() ? name : "";
 }
 
-/// A name as the supplicant keeps it: in hexadecimal digits when it is not all printable.
+/// A name as the supplicant stores it: in hexadecimal digits when not all of it is printable.
 QByteArray KeptName(const QByteArray& name)
 {
     const bool isPrintable =
@@ -77,7 +77,7 @@ QByteArray KeptName(const QByteArray& name)
     return isPrintable ? '"' + name + '"' : name.toHex();
 }
 
-/// Whether the supplicant takes the value for the variable.
+/// Whether the supplicant accepts the value for the variable.
 bool IsValue(const QByteArray& variable, const QByteArray& value)
 {
     const auto isControl = [](unsigned char c) { return c < ' ' || c == 0x7f; };
@@ -111,7 +111,7 @@ QByteArray Supplicant::Answer(const QByteArray& request)
     if (request.contains("_NETWORK ")) {
         return AnswerAboutNetwork(request.split(' '));
     }
-    // A client may ask for events, but there are none.
+    // A client may subscribe to events, but this supplicant sends none.
     const bool isAboutEvents = request == "ATTACH" || request == "DETACH";
     return request == "PING" ? "PONG\n" : isAboutEvents ? done : "UNKNOWN COMMAND\n";
 }
@@ -220,7 +220,7 @@ QByteArray Supplicant::ScanResults()
     return resultsHeader + m_results;
 }
 
-/// A scan takes its time; until it has ended the results are those of the one before.
+/// Takes over the results of a scan whose time is over. Until then the older results are listed.
 void Supplicant::TakeScanOver()
 {
     if (m_scan.isValid() && m_scan.elapsed() >= ScanTime()) {

@@ -4,25 +4,25 @@
 #include <QElapsedTimer>
 #include <QMap>
 
-/// The board's supplicant, with the answers of wpa_supplicant 2.10. It does nothing by itself: its
-/// state is what has become of its networks by the time that somebody asks.
+/// The board's supplicant, with the answers of wpa_supplicant 2.10. It has no timers: each request
+/// works out from the time passed what has happened to the networks.
 class Supplicant
 {
 public:
     /// Answers a request of wpa_supplicant's control interface.
     QByteArray Answer(const QByteArray& request);
 
-    /// Lets the far end hear the board while the board is joined, and only then.
+    /// Connects the far end of wlan0 while the board is joined to a network, and only then.
     void Settle();
 
-    /// Whether a client has ended it.
+    /// Whether a client has told it to end.
     bool IsTerminated() const { return m_isTerminated; }
 
 private:
-    /// The variables of a network, as the configuration file has them.
+    /// The variables of a network, named as in the configuration file.
     using Network = QMap<QByteArray, QByteArray>;
 
-    /// What has become of the network that is enabled, and the status lines of its station.
+    /// The state of the enabled network, and the status lines about the connection.
     struct Association {
         QByteArray state;
         QByteArray description;

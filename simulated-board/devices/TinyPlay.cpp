@@ -1,5 +1,6 @@
-// The board's sound player: checks the WAV file as the real one does, and "plays" it for as long as
-// it lasts. It keeps the name tinyplay in the process list, by which the board's killall finds it.
+// The board's sound player. It checks the WAV file as the real one does, and runs for as long as
+// the sound lasts. The process is named tinyplay, because the board's killall finds it by that
+// name.
 
 #include <cstdint>
 #include <cstdio>
@@ -27,7 +28,7 @@ struct Sound {
     std::exit(1);
 }
 
-/// A little-endian number of the file.
+/// Reads a little-endian number from the file.
 template <typename Number>
 bool Read(FILE* file, Number& number)
 {
@@ -48,7 +49,7 @@ bool ReadId(FILE* file, std::string& id)
     return std::fread(id.data(), 4, 1, file) == 1;
 }
 
-/// Reads the chunks up to the samples.
+/// Reads the chunks before the samples.
 Sound ReadHeader(FILE* file, const char* path)
 {
     std::string riff;
@@ -80,7 +81,7 @@ Sound ReadHeader(FILE* file, const char* path)
     Fail(path, "has no samples");
 }
 
-/// Tells whoever looks at the board what becomes of the sound.
+/// Records what happens to the sound, for tests to read.
 void Note(const char* what, const char* path)
 {
     if (FILE* notes = std::fopen("/run/board/received/tinyplay", "a")) {

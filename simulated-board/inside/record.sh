@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Sourced by the stand-in tools: writes down the call, one line each, quoted as the shell would.
+# Sourced by the stand-in tools. Records the call on one line, quoted as for the shell.
 {
     printf '%s' "$(basename "$0")"
     [ $# -eq 0 ] || printf ' %q' "$@"

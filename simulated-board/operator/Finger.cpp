@@ -11,7 +11,7 @@ namespace
 
 using Driver = QWindowSystemInterface;
 
-/// The time of the next tap, never so close to the last one that two of them make a double click.
+/// The time of the next tap. Two taps are never so close that they make a double click.
 ulong NextTapTime()
 {
     static ulong s_last = 0;
@@ -56,7 +56,7 @@ void Finger::Type(QWindow* window, const QString& text)
             PressKey(window, Qt::Key_unknown, Qt::NoModifier, text.mid(i, 2));
             ++i;
         } else {
-            // The codes of keys are those of the upper-case characters on them.
+            // A key's code is that of its upper-case character.
             PressKey(window, character.toUpper().unicode(),
                      character.isUpper() ? Qt::ShiftModifier : Qt::NoModifier, character);
         }

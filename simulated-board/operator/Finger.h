@@ -5,12 +5,12 @@
 
 class QWindow;
 
-/// The operator's finger and keys: input events as the drivers of screen and keyboard send them.
-/// They wait in the program's queue like those of a real operator.
+/// The operator's finger and keyboard. Sends input events as the drivers of screen and keyboard do.
+/// Like real input, they wait in the program's queue.
 class Finger
 {
 public:
-    /// Touches a place of a window: comes there, presses, lets go.
+    /// Taps a place of a window: moves there, presses and releases.
     static void Tap(QWindow* window, const QPoint& place);
 
     /// Presses and releases one key.
@@ -20,6 +20,6 @@ public:
     /// Types a text, character by character.
     static void Type(QWindow* window, const QString& text);
 
-    /// Whether input is on its way that the program has not taken yet.
+    /// Whether there is input that the program has not handled yet.
     static bool IsOnItsWay();
 };

@@ -8,7 +8,7 @@
 namespace
 {
 
-/// How often something is looked at that the program does not report by itself.
+/// How often to look for changes that the program does not report, in ms.
 const int pollMs = 20;
 
 } // namespace
@@ -205,7 +205,7 @@ QJsonValue Operator::Ask(QJsonObject wish)
                             : QString("the program has gone"));
         }
         const QJsonObject answer = QJsonDocument::fromJson(line).object();
-        // An earlier request that was given up may be answered late.
+        // The answer to an earlier request that timed out may still come.
         if (answer["id"].toInt() != m_lastId) {
             continue;
         }
@@ -219,7 +219,7 @@ QJsonValue Operator::Fail(const QString& error)
     return QJsonValue::Undefined;
 }
 
-/// One line of the program's; empty when none comes in time.
+/// Reads one line from the program; empty when none comes in time.
 QByteArray Operator::ReadLine(int limitMs)
 {
     const QDeadlineTimer limit(limitMs);

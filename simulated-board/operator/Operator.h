@@ -10,18 +10,18 @@
 
 #include <functional>
 
-/// An operator at the running program: presses, types and reads from outside.
+/// Operates the running program from outside: presses, types and reads.
 ///
-/// Widgets are named by selectors, as WidgetFinder.h tells. Each call returns once the program has
-/// taken it up, which is after everything asked for before has had its effect: the text read after
-/// a press is what the press came to. What a page puts off with a timer is waited for by Idle() or
+/// Widgets are named by selectors, which WidgetFinder.h describes. A call returns when the program
+/// has handled it, after everything that was asked for before. So a text that is read after a press
+/// is the result of the press. For work that a page does later, by a timer, use Idle() or
 /// WaitForText(). A call that fails returns false or nothing, and Error() says why.
 class Operator
 {
 public:
     explicit Operator(const QString& socketPath = DefaultSocketPath());
 
-    /// Where the program listens on the simulated board, or what OPERATOR_SOCKET says.
+    /// The socket of the program on the simulated board, or the value of OPERATOR_SOCKET.
     static QString DefaultSocketPath();
 
     /// Waits until the program is up and shows its first page.
@@ -30,7 +30,8 @@ public:
     /// Why the last call failed; empty when it did not.
     QString Error() const { return m_error; }
 
-    /// How long calls wait for the program. Longer than the longest check takes, 30 s.
+    /// How long calls wait for the program. By default longer than the longest check, which takes
+    /// 30 s.
     void SetLimit(int limitMs) { m_limit = limitMs; }
 
     QString Text(const QString& widget);
@@ -39,7 +40,8 @@ public:
     QList<QStringList> Cells(const QString& widget);
     /// How many widgets a selector matches.
     int Count(const QString& widget);
-    /// Class, name, place, state and text of the widgets that a selector matches, or of all.
+    /// Class, name, position, state and text of the widgets that a selector matches, or of all
+    /// widgets.
     QJsonArray List(const QString& widget = QString());
 
     bool Click(const QString& widget);
@@ -48,7 +50,7 @@ public:
     /// Chooses an item of a combo box.
     bool Choose(const QString& widget, int index);
     bool Choose(const QString& widget, const QString& item);
-    /// Types a text in the place of what stands in a field.
+    /// Replaces the text of a field by typing.
     bool SetText(const QString& widget, const QString& text);
     /// Presses a key, named as in shortcuts: "Return", "Ctrl+A".
     bool PressKey(const QString& key);
@@ -57,7 +59,7 @@ public:
     bool OpenPage(int id);
     bool Resize(int width, int height);
 
-    /// Waits until the program has nothing left to do.
+    /// Waits until the program has no more work to do.
     bool Idle();
 
     /// The whole screen as a PNG file's bytes.
@@ -65,12 +67,12 @@ public:
     /// Writes the whole screen to a PNG file.
     bool Screenshot(const QString& path);
 
-    /// Waits until a widget shows a text, or one that `isWanted` accepts.
+    /// Waits until a widget shows a text, or a text that `isWanted` accepts.
     bool WaitForText(const QString& widget, const QString& text, int limitMs = 5000);
     bool WaitForText(const QString& widget, const std::function<bool(const QString&)>& isWanted,
                      int limitMs = 5000);
 
-    /// Sends one request and returns its value; undefined when it failed.
+    /// Sends one request and returns its value; undefined on failure.
     QJsonValue Ask(QJsonObject wish);
 
 private:

@@ -2,7 +2,7 @@
 
 #include <QGenericPlugin>
 
-/// What Qt loads into the program for QT_QPA_GENERIC_PLUGINS=operator:/path/of/the/socket.
+/// The plug-in that Qt loads for QT_QPA_GENERIC_PLUGINS=operator:/path/of/the/socket.
 class OperatorPlugin : public QGenericPlugin
 {
     Q_OBJECT

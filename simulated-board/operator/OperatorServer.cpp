@@ -25,11 +25,11 @@
 namespace
 {
 
-/// Longer than the timers that the program uses to put work off to the next turn.
+/// In ms. Longer than the timers by which the program puts work off to the next turn.
 const int settlingTime = 10;
 const int longestLine = 1 << 20;
 
-/// Why a finger at that place of the widget would not reach it; empty when it would.
+/// Why a finger at that place of the widget would not reach it; empty when it would reach it.
 QString WhyOutOfReach(const QWidget* widget, const QPoint& place)
 {
     if (!widget->isVisible()) {
@@ -53,7 +53,7 @@ QString WhyOutOfReach(const QWidget* widget, const QPoint& place)
     return {};
 }
 
-/// Touches a place of a widget. Returns why it could not.
+/// Taps a place of a widget. Returns the reason when it cannot.
 QString TapAt(QWidget* widget, const QPoint& place)
 {
     const QString reason = WhyOutOfReach(widget, place);
@@ -68,7 +68,7 @@ QString Named(const QJsonObject& wish, const QString& reason)
     return QString("\"%1\" %2").arg(wish["widget"].toString(), reason);
 }
 
-/// A button of the front box by its role ("Yes", "Ok") or by the text on it.
+/// A button of the front box, by its role ("Yes", "Ok") or its text.
 QAbstractButton* FindBoxButton(const QWidget* box, const QString& name)
 {
     const auto* message = qobject_cast<const QMessageBox*>(box);
@@ -104,9 +104,9 @@ OperatorServer::OperatorServer(const QString& socketPath)
     connect(&m_server, &QLocalServer::newConnection, this, &OperatorServer::OnNewConnection);
     connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
             &OperatorServer::OnAboutToWait);
-    // Whoever reaches the socket has the program in hand, which runs as root on a board.
+    // The program runs as root on a board: only root may drive it.
     m_server.setSocketOptions(QLocalServer::UserAccessOption);
-    // A program that was killed leaves its socket behind.
+    // A killed program leaves its socket file behind.
     QLocalServer::removeServer(socketPath);
     if (!m_server.listen(socketPath)) {
         qWarning("operator: cannot listen at \"%s\": %s", qPrintable(socketPath),
@@ -148,7 +148,7 @@ void OperatorServer::OnAboutToWait()
         return;
     }
     if (m_posted != Posted::TakenUp) {
-        // Events that the program has posted to itself may be left; this one comes after them.
+        // The program may have posted more events to itself. This event comes after them.
         if (m_posted == Posted::Unknown) {
             QCoreApplication::postEvent(this, new QEvent(QEvent::User), INT_MIN);
             m_posted = Posted::Waited;
@@ -156,7 +156,7 @@ void OperatorServer::OnAboutToWait()
         return;
     }
     m_posted = Posted::Unknown;
-    // Off the list first: what a request does may run an event loop that comes here again.
+    // Remove it first: a request may run an event loop that calls this function again.
     Request request = m_waiting.takeFirst();
     const Outcome outcome = request.error.isEmpty() ? Serve(request) : Failure(request.error);
     if (outcome.isPending) {
@@ -242,7 +242,7 @@ OperatorServer::Outcome OperatorServer::Failure(const QString& error)
     return outcome;
 }
 
-/// Answers once the event loop has come back to its waiting for a while, timers included.
+/// Answers when the event loop has been idle for a while, timers included.
 OperatorServer::Outcome OperatorServer::Idle(Request& request)
 {
     Outcome outcome;
@@ -251,14 +251,14 @@ OperatorServer::Outcome OperatorServer::Idle(Request& request)
     }
     const qint64 left = settlingTime - request.begun.elapsed();
     if (left > 0) {
-        // Wakes the loop; nothing else may.
+        // Wakes the event loop, which otherwise might sleep on.
         QTimer::singleShot(static_cast<int>(left), Qt::PreciseTimer, qApp, [] {});
         outcome.isPending = true;
     }
     return outcome;
 }
 
-/// Taps the field, then types in the place of what stands there.
+/// Taps the field, then types the text in place of the old one.
 OperatorServer::Outcome OperatorServer::Type(Request& request)
 {
     Outcome outcome;
@@ -273,7 +273,7 @@ OperatorServer::Outcome OperatorServer::Type(Request& request)
         outcome.isPending = reason.isEmpty();
         return outcome;
     }
-    // The window's, as the application has none while the window of a keyboard is in front.
+    // The focus of the window. The application has none while a keyboard's window is in front.
     const QWidget* focused = field->window()->focusWidget();
     if (focused == nullptr || (focused != field && !field->isAncestorOf(focused))) {
         return Failure(Named(request.wish, "does not take the focus"));
@@ -384,7 +384,7 @@ OperatorServer::Outcome OperatorServer::Choose(const QJsonObject& wish)
     }
     outcome.then = [box, index] {
         box->setCurrentIndex(index);
-        // Only an operator's choice emits this, whatever was chosen before.
+        // This signal stands for an operator's choice, even of the item that is already chosen.
         if (box != nullptr) {
             QMetaObject::invokeMethod(box, "activated", Q_ARG(int, index));
         }
@@ -435,7 +435,7 @@ OperatorServer::Outcome OperatorServer::OpenPage(const QJsonObject& wish)
     if (!wish["page"].isDouble()) {
         return Failure("\"page\" is no number");
     }
-    // A page that is deleted under the loop of its own box takes the program with it.
+    // If a page is deleted while its own box runs an event loop, the program crashes.
     if (QApplication::activeModalWidget() != nullptr) {
         return Failure("a box is open");
     }

@@ -12,15 +12,16 @@
 
 class QLocalSocket;
 
-/// Serves the outside on a local socket: one JSON object a line, answered by one line each.
+/// Serves requests on a local socket. A request is one line with a JSON object, and so is its
+/// answer.
 ///
-/// A request carries "do", what "do" needs, and an "id" that the answer repeats. The answer carries
-/// "value", or "error" where the request could not be met.
+/// A request has "do", the arguments of "do", and an "id" that the answer repeats. The answer has
+/// "value", or "error" when the request failed.
 ///
-/// Requests are served in order, when the event loop is about to wait. At that moment no slot of
-/// the program is half done, unless it runs a loop of its own, as a message box does, and all
-/// earlier input has had its effect. Input only joins the program's queue: a tap that opens a box
-/// is answered at once.
+/// Requests are served in order, when the event loop is about to wait. At that moment all earlier
+/// input has had its effect. No slot of the program is running, except one that runs an event loop,
+/// such as that of a message box. Input only joins the program's queue: a tap that opens a box is
+/// answered at once.
 class OperatorServer : public QObject
 {
     Q_OBJECT
@@ -40,11 +41,11 @@ private:
         QPointer<QLocalSocket> from;
         QJsonObject wish;
         QString error;
-        /// Runs since the request was begun, for those that take several turns.
+        /// Started with the request, for requests that take several turns.
         QElapsedTimer begun;
     };
 
-    /// What a request comes to: a value or an error, and what is left to do after the answer.
+    /// The result of a request: a value or an error, and what to do after the answer.
     struct Outcome {
         QJsonValue value = true;
         QString error;
@@ -52,7 +53,7 @@ private:
         bool isPending = false;
     };
 
-    /// What is known of the events that the program has posted to itself.
+    /// What is known about the events that the program has posted to itself.
     enum class Posted { Unknown, Waited, TakenUp };
 
     void ReadLines(QLocalSocket* socket);

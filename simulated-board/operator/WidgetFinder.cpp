@@ -28,7 +28,7 @@ bool ReadSteps(const QString& selector, QList<Step>& steps)
     return true;
 }
 
-/// How far behind the front window the widget's own window lies.
+/// How many windows are in front of the widget's window.
 int Depth(const QWidget* widget)
 {
     const QWidget* window = widget->window();
@@ -59,7 +59,7 @@ QList<QWidget*> AllWidgets()
     return widgets;
 }
 
-/// The widgets below `parent`, or all, that bear the name or are of the class, in reading order.
+/// The widgets below `parent`, or all widgets, with this name or class, in reading order.
 QList<QWidget*> Matching(const QString& name, const QWidget* parent)
 {
     QList<QWidget*> matches;

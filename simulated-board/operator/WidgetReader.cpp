@@ -22,7 +22,7 @@
 namespace
 {
 
-/// Calls `read` with the widget as a `Type`, when it is one.
+/// Calls `read` with the widget as a `Type`, if it is one.
 template <typename Type, typename Read>
 bool ReadAs(const QWidget* widget, QString& text, Read read)
 {
@@ -160,7 +160,8 @@ QImage WidgetReader::PaintScreen()
     QImage picture(screen.size(), QImage::Format_RGB32);
     picture.fill(Qt::black);
     QPainter painter(&picture);
-    // The list is in the order of creation: the main window first, a box above what it asks about.
+    // The list is in the order of creation: the main window comes first, a box after the window
+    // below it.
     for (const QWindow* window : QGuiApplication::topLevelWindows()) {
         QWidget* widget = WidgetOf(window);
         if (widget != nullptr && widget->isVisible()) {

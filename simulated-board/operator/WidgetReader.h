@@ -12,21 +12,22 @@ class QWidget;
 class WidgetReader
 {
 public:
-    /// The text that a widget shows: of a label, a field, a view, the tab or item chosen, a box.
+    /// The text that a widget shows. Knows labels, fields, views, boxes, and the chosen tab or
+    /// item.
     static QString Text(const QWidget* widget);
 
-    /// The value of a property; undefined where the widget has none of that name.
+    /// The value of a property; undefined when the widget has no such property.
     static QJsonValue Property(const QWidget* widget, const QString& name);
 
-    /// The texts to choose from: of a combo box, a tab bar, a list.
+    /// The texts to choose from in a combo box, a tab bar or a list.
     static QJsonArray Items(const QWidget* widget);
 
-    /// The rows of a table, each the texts of its cells; undefined where it is no table.
+    /// The rows of a table, each with the texts of its cells; undefined when it is not a table.
     static QJsonValue Cells(const QWidget* widget);
 
-    /// Class, name, place in its window, state and text.
+    /// Class, name, position in its window, state and text.
     static QJsonObject Describe(const QWidget* widget);
 
-    /// The whole screen: every window that is shown, painted at its place.
+    /// The whole screen: every visible window, painted at its position.
     static QImage PaintScreen();
 };

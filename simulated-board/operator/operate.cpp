@@ -47,7 +47,7 @@ struct Command {
     const char* name;
     int arguments;
     int optional;
-    /// What to print. Whether it worked is the operator's Error().
+    /// Returns the text to print. Operator::Error() says whether it worked.
     QString (*run)(Operator&, const QStringList&);
 };
 
@@ -172,7 +172,7 @@ int main(int argc, char** argv)
 
     Operator program;
     QString shown;
-    // Who does not ask to wait finds the program up, or has started none.
+    // Only "wait" waits for a program that is still starting.
     if (program.Connect(name == "wait" ? 15000 : 2000)) {
         shown = command->run(program, words);
     }

@@ -8,7 +8,7 @@ namespace
 
 const char* const timeFormat = "yyyy-MM-dd hh:mm:ss";
 
-/// The buzzer as the companion controller has it.
+/// Switches the buzzer on and off, and checks what the companion controller received.
 void RingTheBuzzer(Tour& tour)
 {
     const QString controller = "/run/board/received/controller";
@@ -19,7 +19,7 @@ void RingTheBuzzer(Tour& tour)
     tour.CheckFile("buzzer is silent", controller, "buzzer off");
 }
 
-/// The whole screen of the touch test, with a finger on its first place.
+/// Opens the touch test on the whole screen and puts a finger on its first place.
 void TouchTheScreen(Tour& tour)
 {
     tour.Program().Click("btnTouchTest");
@@ -31,7 +31,7 @@ void TouchTheScreen(Tour& tour)
                "closed");
 }
 
-/// The time is the system's; what is set reaches the controller.
+/// Reads the system's time, sets a time, and checks what the companion controller received.
 void SetTheClock(Tour& tour)
 {
     tour.Program().Click("btnrRTCTest");

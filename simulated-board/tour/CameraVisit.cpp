@@ -8,7 +8,7 @@
 namespace
 {
 
-/// The colour in the middle of the screen, when it is the wanted one or else after 5 s.
+/// Waits up to 5 s for the wanted colour in the middle of the screen. Returns the last colour seen.
 QString Picture(Tour& tour, const QString& wanted)
 {
     QElapsedTimer timer;

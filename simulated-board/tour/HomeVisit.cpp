@@ -7,13 +7,13 @@
 namespace
 {
 
-/// The kernel's build stamp, the last six words of /proc/version.
+/// The kernel's build stamp: the last six words of /proc/version.
 QString BuildStamp()
 {
     return QString::fromUtf8(Board::ReadFile("/proc/version")).trimmed().section(' ', -6);
 }
 
-/// The restart ends the program, and the board starts it again in the language chosen before.
+/// Restarts the board. This ends the program. The board starts it again in the chosen language.
 void Reboot(Tour& tour)
 {
     Board::ForgetCalls();

@@ -1,7 +1,7 @@
 #include "simulated-board/tour/Tour.h"
 #include "simulated-board/tour/Visits.h"
 
-// COM0 has a loop-back plug, COM1 a partner that echoes; the pages have one view each.
+// COM0 has a loop-back plug, COM1 a partner that echoes. The page has one view for both.
 void VisitSerial(Tour& tour)
 {
     const QString view = "bodyWidget QTextEdit";
@@ -17,7 +17,7 @@ void VisitSerial(Tour& tour)
     }
 }
 
-// Where the kernel has no CAN the page is silent, but its button lives.
+// If the kernel has no CAN, the page receives nothing, but its button still works.
 void VisitCan(Tour& tour)
 {
     tour.CheckText("closed", "btnOpenCom", tour.Label("Label_1000901"));

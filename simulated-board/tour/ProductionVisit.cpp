@@ -11,7 +11,7 @@ QString Result(const Tour& tour, const QString& key)
 
 } // namespace
 
-// The page opens its port, and then a board is put on the bench.
+// The board is put on the bench when the page has opened its port.
 void VisitProduction(Tour& tour)
 {
     const QString summary = "bodyWidget QTextEdit";

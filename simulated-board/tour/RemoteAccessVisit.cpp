@@ -8,14 +8,14 @@ namespace
 
 const char* const remotePort = "bodyWidget QLineEdit[2]";
 
-/// The frp client's file; empty where the board has none.
+/// The content of the frp client's file; empty when there is no such file.
 QByteArray ClientFile()
 {
     QFile file("/etc/frpc.ini");
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// Sets the remote port and looks at what became of the frp client's file.
+/// Sets the remote port and checks the frp client's file.
 void SetRemotePort(Tour& tour, const QByteArray& from, const QByteArray& to)
 {
     QByteArray expected = ClientFile();

@@ -14,7 +14,7 @@ void Print(const QString& line)
     QTextStream(stdout) << line << '\n';
 }
 
-/// The texts of a language file: KEY=TEXT lines after a byte-order mark.
+/// Reads the texts of a language file: lines KEY=TEXT after a byte-order mark.
 QMap<QString, QString> ReadLabels(const QString& language)
 {
     QMap<QString, QString> labels;
@@ -41,7 +41,7 @@ bool Tour::Walk(const QList<Page>& pages)
 {
     QElapsedTimer walked;
     walked.start();
-    // A program that hangs is not waited for at each check anew for half a minute.
+    // If the program hangs, each check would wait for half a minute.
     m_program.SetLimit(10000);
     if (!m_program.Connect()) {
         Print(m_program.Error());
@@ -50,7 +50,7 @@ bool Tour::Walk(const QList<Page>& pages)
     const QStringList languages{"english", "chinese"};
     for (const QString& language : languages) {
         Print(QString("In %1:").arg(language));
-        // The item of Chinese comes first in the program.
+        // The program lists Chinese first.
         ChooseLanguage(language == "english" ? 1 : 0, language);
         for (const Page& page : pages) {
             Open(page);
@@ -164,7 +164,7 @@ void Tour::PutKeyboardAway()
     if (m_program.Property(keys, "visible").toBool()) {
         const int width = m_program.Property(keys, "width").toInt();
         const int height = m_program.Property(keys, "height").toInt();
-        // The last key of the last row.
+        // This is the last key of the last row.
         m_program.ClickAt(keys, QPoint(width * 9 / 10, height * 8 / 10));
         m_program.Idle();
     }

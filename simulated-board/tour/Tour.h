@@ -5,12 +5,12 @@
 #include <QMap>
 #include <QString>
 
-/// A walk through the running program that presses every check and knows what a good board gives.
-/// Each check is one printed line: page, check, what the program showed, verdict.
+/// A walk through the running program. It presses every check and compares the results with those
+/// of a good board. For each check it prints one line: page, check, the text shown, verdict.
 class Tour
 {
 public:
-    /// A page of the program: opened by its tab in the menu, or by its id where it has none.
+    /// A page of the program. It is opened by its tab in the menu, or by its id if it has no tab.
     struct Page {
         const char* name;
         int id;
@@ -18,40 +18,42 @@ public:
         void (*visit)(Tour&);
     };
 
-    /// The pictures of the pages go into the folder `pictures`.
+    /// Pictures of the pages are saved in the folder `pictures`.
     explicit Tour(const QString& pictures);
 
-    /// Walks the pages in both languages. True when every check showed what it should.
+    /// Walks through the pages in both languages. True when every check showed the expected result.
     bool Walk(const QList<Page>& pages);
 
-    /// The program under the tour's hands.
+    /// The program that the tour drives.
     Operator& Program() { return m_program; }
 
-    /// The text of a language key in the language that the tour has chosen.
+    /// The text of a language key in the tour's current language.
     QString Label(const QString& key) const;
 
-    /// Judges what a check showed, and prints it.
+    /// Compares what a check showed with what it should show, and prints the verdict.
     void Check(const QString& check, const QString& shown, const QString& expected);
 
-    /// Judges the text that a widget shows.
+    /// Checks the text that a widget shows.
     void CheckText(const QString& check, const QString& widget, const QString& expected);
 
-    /// Judges a line that what is plugged into the board leaves in a file, within 5 s.
+    /// Waits up to 5 s for a line in a file that a simulated device writes.
     void CheckFile(const QString& check, const QString& path, const QString& line);
 
-    /// Presses a button and judges the text that `field` shows when its slot has returned, or
-    /// within the time limit for a check that goes on after it.
+    /// Presses a button and checks the text that `field` shows. The text is read when the button's
+    /// slot has returned, or within the time limit if the check continues after that.
     void Press(const QString& check, const QString& button, const QString& field,
                const QString& expected, int limitMs = 0);
 
-    /// As Press(); the field's "status" must be `status` as well, which gives it its colour.
+    /// Like Press(). The field's property "status", which sets its colour, must be `status` as
+    /// well.
     void PressForStatus(const QString& check, const QString& button, const QString& field,
                         const QString& expected, const QString& status);
 
-    /// Presses a button that opens a box, judges what the box asks, and presses the button "No".
+    /// Presses a button that opens a box, checks the box's question, and presses the box's button
+    /// "No".
     void PressAndCancel(const QString& check, const QString& button, const QString& question);
 
-    /// Presses the key that puts the on-screen keyboard away, which covers the lower buttons.
+    /// Presses the key that hides the on-screen keyboard, which covers the lower buttons.
     void PutKeyboardAway();
 
     /// Saves the screen as NAME-LANGUAGE.png.

@@ -2,8 +2,8 @@
 
 class Tour;
 
-// What the tour does at each page: it finds the page open in its first state, presses every check
-// and leaves the page as it is to be pictured.
+// The visit of each page. It begins with the page in its first state, presses every check, and
+// leaves the page in the state for its picture.
 
 void VisitHome(Tour& tour);
 void VisitBasic(Tour& tour);

@@ -7,7 +7,7 @@ void VisitVoice(Tour& tour)
     const QString files = "bodyWidget QComboBox";
     tour.Program().Click("bodyWidget QPushButton[0]");
     QStringList found = tour.Program().Items(files);
-    // The order is that of the file system.
+    // The page lists files in the order of the file system, which varies.
     found.sort();
     tour.Check("scan", found.join(""), "/mnt/sd/announcement.wav\n/mnt/usb/ringtone.wav\n");
 

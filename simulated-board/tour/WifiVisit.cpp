@@ -13,7 +13,7 @@ const char* const passphrase = "bodyWidget QLineEdit[1]";
 const char* const result = "bodyWidget QLineEdit[3]";
 const char* const networks = "bodyWidget QComboBox";
 
-/// Scans until the supplicant has the results of a scan: the page shows what there is by then.
+/// Scans until the list has results: the page shows the results of the scan before.
 void Scan(Tour& tour)
 {
     const QDeadlineTimer limit(5000);
@@ -30,7 +30,7 @@ void VisitWifi(Tour& tour)
     const QString disconnected = tour.Label("Label_1000709");
     const QString connected = tour.Label("Label_1000710") + " MoskBench";
 
-    // Still up from the walk in the other language.
+    // The interface may still be up from the walk in the other language.
     if (tour.Program().Text("m_btnOpenWifi") == tour.Label("Label_1000713")) {
         tour.Program().Click("m_btnOpenWifi");
     }

@@ -8,7 +8,7 @@ namespace
 
 const int noTab = -1;
 
-// The pages in the order of the menu; those without a tab at the end.
+// The pages in the order of the menu. Those without a tab come last.
 const QList<Tour::Page> pages{
     {"home", 1, 0, VisitHome},
     {"basic", 2, 1, VisitBasic},

@@ -1,4 +1,4 @@
-// What the receive views cost, beside a plain QTextEdit given the same text in the same run.
+// Measures the receive views and, in the same run and with the same text, a plain QTextEdit.
 
 #include "instruments/ReceiveView.h"
 #include "pages/CanTester.h"
@@ -25,7 +25,8 @@ namespace
 const char* const frame = "id:291,len:8,data:1122334455667788";
 const double wireRate = 11520; // 115200 baud, 8N1
 
-/// Processor time of this thread in milliseconds: what the GUI thread spends, waiting left out.
+/// The processor time of this thread in milliseconds. This is the GUI thread; time spent waiting
+/// does not count.
 double SpentMs()
 {
     timespec now = {};
@@ -33,7 +34,7 @@ double SpentMs()
     return now.tv_sec * 1e3 + now.tv_nsec / 1e6;
 }
 
-/// Memory in use in MB, allocator's caches left out.
+/// Memory in use in MB, without the caches of the allocator.
 double UsedMb()
 {
     const auto info = mallinfo2();
@@ -42,7 +43,7 @@ double UsedMb()
 
 using Feed = std::function<void(const QString&)>;
 
-/// What a page without the shared view would do.
+/// The text goes to a plain QTextEdit, as on a page without ReceiveView.
 Feed Into(QTextEdit& view)
 {
     return [&view](const QString& text) {
@@ -77,7 +78,7 @@ struct Run {
     double longestStallMs = 0;
 };
 
-/// Frames as fast as the page takes them, one a turn of the event loop.
+/// Feeds frames as fast as the page takes them, one a turn of the event loop.
 Run FeedFrames(const Feed& feed, int count)
 {
     Run run;
@@ -94,7 +95,7 @@ Run FeedFrames(const Feed& feed, int count)
     return run;
 }
 
-/// Processor time that a frame costs at 100 frames a second.
+/// The processor time that one frame costs at 100 frames a second.
 double PacedFrameMs(const Feed& feed, int count)
 {
     const double before = SpentMs();
@@ -158,7 +159,7 @@ struct Stream {
     double longestLagMs = 0;
 };
 
-/// A stream as fast as it is taken, in chunks as a busy port gives them.
+/// Feeds a stream as fast as it is taken, in chunks like those of a busy port.
 double FreeRate(const Feed& feed, const QString& line, int bytes)
 {
     const QString chunk = line.repeated(4096 / line.size());
@@ -171,8 +172,8 @@ double FreeRate(const Feed& feed, const QString& line, int bytes)
     return bytes / 1e3 / (all.nsecsElapsed() / 1e9);
 }
 
-/// The longest that new text waited to be shown, and the share of time spent, at 20 times the rate
-/// of the wire.
+/// The longest time that new text waited to be shown, and the share of time spent, at 20 times the
+/// rate of a serial line.
 Run PacedStream(QTextEdit& view, const Feed& feed, const QString& line, int seconds)
 {
     const int perTurn = static_cast<int>(20 * wireRate / 100);
@@ -230,7 +231,7 @@ void CompareStreams(const char* name, const QString& line)
     std::printf("  %-58s %9.0f\n", "    processor share meanwhile, %", paced.msPerFrame * 100);
 }
 
-/// A line of a flashing log; every thousandth holds a marker.
+/// A line of a flashing log. Every thousandth line holds a marker.
 QByteArray LogLine(int number)
 {
     if (number % 1000 == 999) {

@@ -32,7 +32,7 @@ const QColor red(255, 0, 0);
 
 enum Row { Buzzer = 3, ClockRead = 6, ClockSet = 7 };
 
-/// What the system clock was last set to.
+/// The last setting of the system clock.
 struct ClockSetting {
     timeval time = {};
     bool zoneGiven = false;
@@ -40,7 +40,7 @@ struct ClockSetting {
 std::optional<ClockSetting> s_clock;
 bool s_clockIsRefused = false;
 
-/// A line of the state that the controller shows of itself.
+/// A value from the state that the controller reports.
 QString Controller(const QString& what)
 {
     const QString state = Board::ReadFile("/run/board/received/controller");
@@ -71,7 +71,7 @@ QDateTime Time(const QString& text)
 
 } // namespace
 
-// The machine's own clock is not the tests' to set, so this stands in the place of the library's.
+// Replaces the C library's function: tests must not set this machine's clock.
 extern "C" int settimeofday(const timeval* time, const struct timezone* zone) noexcept
 {
     s_clock = ClockSetting{*time, zone != nullptr};

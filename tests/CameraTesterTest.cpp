@@ -19,7 +19,7 @@ const QByteArray twoCameras = "camera video0 #2060c0 Front camera\n"
 const QColor front(0x20, 0x60, 0xc0);
 const QColor rear(0xc0, 0x60, 0x20);
 
-/// What was opened and closed, in order.
+/// The cameras that were opened and closed, in order.
 QStringList Uses()
 {
     const QString path = "/run/board/received/cameras";
@@ -28,13 +28,13 @@ QStringList Uses()
                : QStringList();
 }
 
-/// Plugs cameras in and pulls them out while the program runs; a line each.
+/// Replaces the cameras while the program runs. Each line is a camera.
 void CamerasAreNow(const QByteArray& lines)
 {
     Board::WriteFile("/run/board/cameras", lines);
 }
 
-/// The row of the first camera that this machine's kernel makes up; -1 where there is none.
+/// The row of the first camera that this machine's kernel simulates; -1 when there is none.
 int KernelCamera()
 {
     const QList<QCameraInfo> cameras = QCameraInfo::availableCameras();
@@ -118,7 +118,7 @@ void CameraTesterTest::Rebuild()
     QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
 }
 
-/// What the middle of the viewfinder shows.
+/// The colour in the middle of the viewfinder.
 QColor CameraTesterTest::Picture()
 {
     return Viewfinder()->grab().toImage().pixelColor(Viewfinder()->rect().center());
@@ -364,7 +364,7 @@ void CameraTesterTest::manyOpeningsLeaveNothingBehind()
     QCOMPARE(Uses().count("close video0"), 101);
 }
 
-// Not what the page does, but what Qt lets a program do.
+// The page does not do this, but Qt allows it.
 void CameraTesterTest::secondCameraMayBeOpenedBeforeTheFirstIsClosed()
 {
     const auto open = [this](const QByteArray& device) {

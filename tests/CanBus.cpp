@@ -34,7 +34,7 @@ Function* Real(const char* name)
 
 } // namespace
 
-// In the place of the C library's: these take what concerns CAN and pass on all else.
+// Replaces functions of the C library. Calls about CAN are handled here; all others are passed on.
 
 extern "C" int socket(int domain, int type, int protocol) noexcept
 {
@@ -189,7 +189,7 @@ public:
     }
 };
 
-/// A virtual interface of the kernel's, with the tools of can-utils on it.
+/// A virtual interface of the kernel, with the tools of can-utils at its other end.
 class VirtualCan : public CanBus
 {
 public:

@@ -4,30 +4,30 @@
 
 #include <memory>
 
-/// The far side of the board's CAN bus "can0". Frames are written as candump and cansend write
-/// them: IDENTIFIER#DATA, the identifier in three hexadecimal digits or, extended, in eight.
+/// The far side of the board's CAN bus "can0". Frames are written as for candump and cansend:
+/// IDENTIFIER#DATA. A standard identifier has three hexadecimal digits, an extended one eight.
 class CanBus
 {
 public:
-    /// The kernel's own bus where it has CAN, with cansend and candump as the partner; elsewhere
-    /// CanSocketPair, which takes the place of the CAN socket at the system calls.
+    /// If the kernel has CAN, its own bus, with cansend and candump as the partner. If not,
+    /// CanSocketPair, which replaces the CAN socket at the system calls.
     static std::unique_ptr<CanBus> Create();
 
     virtual ~CanBus() = default;
 
     virtual QString Name() const = 0;
 
-    /// Whether frames with the error flag can be put on it.
+    /// Whether frames with the error flag can be sent on it.
     virtual bool CarriesErrors() const = 0;
 
     virtual void Send(const QString& frame) = 0;
 
-    /// The frames that the board has sent since the last call; waits until there are `count`, 5 s
-    /// at most.
+    /// The frames that the board has sent since the last call. Waits up to 5 s until there are
+    /// `count`.
     virtual QStringList Receive(int count) = 0;
 };
 
-/// What the program last asked of a CAN socket, where CanSocketPair stands for it.
+/// The program's last calls on a CAN socket, recorded by CanSocketPair.
 struct CanSocketCalls {
     int type = 0;
     int protocol = 0;
@@ -38,6 +38,7 @@ struct CanSocketCalls {
 };
 CanSocketCalls LastCanSocketCalls();
 
-/// Lets the next CAN sockets fail, as a kernel without CAN does, or have no interface of that name.
+/// Makes the next CAN sockets fail: like those of a kernel without CAN, or like those of a kernel
+/// that has no interface of that name.
 enum class CanFault { None, NoCan, NoInterface };
 void SetCanFault(CanFault fault);

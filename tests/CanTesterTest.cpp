@@ -25,14 +25,15 @@
 namespace
 {
 
-/// Entries of a folder of this process in /proc: its descriptors or its threads. A thread that has
-/// just ended still counts for a moment, so a count of threads may go down, never up.
+/// Counts the entries of a folder of this process in /proc: its descriptors or its threads. A
+/// thread that has just ended is still listed for a moment, so a count of threads may fall but must
+/// not rise.
 int Count(const char* what)
 {
     return QDir(QString("/proc/self/") + what).entryList(QDir::AllEntries | QDir::System).size();
 }
 
-/// The threads of this process that receive from a bus. Qt names a thread after its class.
+/// The number of this process's threads that receive from a bus. Qt names a thread after its class.
 int ReceivingThreads()
 {
     int count = 0;

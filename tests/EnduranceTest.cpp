@@ -17,7 +17,7 @@ __sanitizer_get_current_allocated_bytes(); // NOLINT(bugprone-reserved-identifie
 namespace
 {
 
-/// What a leak would add to.
+/// The counts that a leak would raise.
 struct Footprint {
     int descriptors = 0;
     int threads = 0;

@@ -102,8 +102,8 @@ private:
     BasicTester* OpenBasicPage();
     QTextEdit* OpenTextPage();
 
-    /// As in the program, the only one and there to the end: Qt keeps what the keys were drawn
-    /// with.
+    /// One window for all tests, as in the program: Qt keeps the keyboard's graphics until the
+    /// process ends.
     MoskTester* m_window = nullptr;
 };
 
@@ -143,7 +143,7 @@ void KeyboardPanelTest::cleanupTestCase()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-// As the screen's driver reports it: what lies there takes it.
+// Taps as the screen's driver does. The widget that lies on top there takes it.
 void KeyboardPanelTest::Tap(const QWidget* widget, const QPoint& position)
 {
     QTest::mouseClick(m_window->windowHandle(), Qt::LeftButton, {},
@@ -221,7 +221,7 @@ BasicTester* KeyboardPanelTest::OpenBasicPage()
     return m_window->findChild<BasicTester*>();
 }
 
-// A view over the whole body, as pages have that show what they receive.
+// Opens a page with a view over the whole body, like those of the receive pages.
 QTextEdit* KeyboardPanelTest::OpenTextPage()
 {
     m_window->GetBody()->OpenPage(BodyWidget::NoPage);
@@ -234,7 +234,7 @@ QTextEdit* KeyboardPanelTest::OpenTextPage()
     return text;
 }
 
-// First of all: once loaded, the module is there until the process ends.
+// This test must be the first: a loaded module stays until the process ends.
 void KeyboardPanelTest::missingModuleIsSaidOnceAndTheRestWorks()
 {
     MoskTester window;
@@ -634,7 +634,7 @@ void KeyboardPanelTest::scrollingOpensNoKeyboard()
     QVERIFY(!IsKeyboardShown());
 }
 
-// A page that disables the button just pressed hands the focus on to whatever comes next.
+// If a page disables the button just pressed, the focus moves on to the next widget.
 void KeyboardPanelTest::focusWithoutATapOpensNoKeyboard()
 {
     BasicTester* page = OpenBasicPage();

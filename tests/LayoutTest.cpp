@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-/// What an operator sees of every page: nothing cut, nothing covered, nothing outside the window.
+/// Checks what an operator sees of every page: nothing is cut, covered or outside the window.
 namespace
 {
 
@@ -23,7 +23,7 @@ QRect PlaceIn(const QWidget& window, const QWidget* widget)
     return {widget->mapTo(&window, QPoint()), widget->size()};
 }
 
-/// The page's widgets that the Tab key can reach, in the order that it takes.
+/// The page's widgets that the Tab key reaches, in its order.
 QList<QWidget*> TabOrderOf(QWidget* page)
 {
     QList<QWidget*> reached;
@@ -37,8 +37,8 @@ QList<QWidget*> TabOrderOf(QWidget* page)
     return reached;
 }
 
-/// Compares a box with the page that it stands on: it has an edge on each side and a colour of its
-/// own, and buttons for a finger in a glove.
+/// Compares a box with the page below it. The box has an edge on each side, a colour of its own,
+/// and buttons that are large enough for a finger in a glove.
 void CompareWithPage(QMessageBox& box, const QWidget& window)
 {
     const QImage image = box.grab().toImage();

@@ -32,8 +32,8 @@ int KeepWriting(int& argc, char** argv)
     return QCoreApplication::exec();
 }
 
-/// Starts as the program does: reads the language, changes it to the other one if it is told to,
-/// and ends once the file says so.
+/// Starts as the program does: reads the language and, when told to, changes it. Ends when the file
+/// has the new language.
 int StartAndWrite(int& argc, char** argv, const QString& language)
 {
     QCoreApplication application(argc, argv);
@@ -51,7 +51,7 @@ int StartAndWrite(int& argc, char** argv, const QString& language)
     return QCoreApplication::exec();
 }
 
-/// What QLockFile writes into a lock: who holds it.
+/// The content of a lock file as QLockFile writes it: who holds the lock.
 QByteArray LockOf(qint64 process, const QByteArray& program)
 {
     return QByteArray::number(process) + '\n' + program + '\n' +
@@ -78,7 +78,7 @@ private slots:
     void lockOfALivingOwnerIsLeftAlone();
 
 private:
-    /// What a program that starts now would read.
+    /// The language that a program would read if it started now.
     QString ReadAnew(const QByteArray& content);
 };
 

@@ -16,7 +16,7 @@ const QRgb headerBlue = qRgb(96, 168, 239);
 const QRgb boxGrey = qRgb(195, 195, 195);
 const QString field = "bodyWidget QLineEdit[0]";
 
-/// Sends bytes as they are, and returns the first line that comes back.
+/// Sends bytes unchanged, and returns the first line of the answer.
 QByteArray Send(QLocalSocket& socket, const QByteArray& bytes)
 {
     socket.write(bytes);

@@ -66,7 +66,7 @@ QByteArray LogOf(const FlashingRun& run)
     return QByteArray::fromStdString(FlashingLog(run));
 }
 
-/// The colour of each of the view's lines, those without text left out.
+/// The colour of each line of the view that has text.
 QList<QColor> LineColours(const QTextEdit& view)
 {
     QList<QColor> colours;
@@ -192,14 +192,14 @@ void ProductionTesterTest::Rebuild()
     m_page->show();
 }
 
-/// Waits for the page to try its port, and looks at what it then shows.
+/// Waits until the page has tried its port, and checks the result that it shows.
 void ProductionTesterTest::WaitForThePort(const QString& result)
 {
     QTRY_COMPARE(Summary(), result);
     QCOMPARE(Detail(), result);
 }
 
-/// Hands the log to the page in chunks of every size up to the largest.
+/// Feeds the log to the page in chunks of random sizes, up to the largest.
 void ProductionTesterTest::Play(const QByteArray& log, unsigned seed, int largestChunk)
 {
     std::mt19937 random(seed);

@@ -4,13 +4,13 @@
 
 #include <QProcess>
 
-/// Where this build's files are.
+/// The path of a file in this build's folder.
 inline QString Built(const QString& path)
 {
     return QString::fromLocal8Bit(qgetenv("BOARD_BUILD")) + '/' + path;
 }
 
-/// Makes `program` start with an operator at it, whom the class Operator stands for.
+/// Sets `program` up so that the class Operator can drive it once it has started.
 inline void PutOperatorAt(QProcess& program)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

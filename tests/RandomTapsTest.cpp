@@ -17,7 +17,7 @@ namespace
 {
 
 const QRect screen(0, 0, 1024, 600);
-/// Longer than the checks of a burst take one after the other.
+/// Longer than all checks of a burst take together.
 const int longestWaitMs = 200000;
 const int keptTaps = 40;
 
@@ -30,11 +30,11 @@ int SecondsToRun()
 
 } // namespace
 
-/// A hasty operator at the real program for as long as RANDOM_TAPS_SECONDS says, half a minute
-/// unless told. RANDOM_TAPS_SEED repeats a run, as far as the program takes the same time.
+/// A hasty operator taps the real program for RANDOM_TAPS_SECONDS, half a minute by default.
+/// RANDOM_TAPS_SEED repeats a run, as far as the program takes the same time.
 ///
-/// The taps aim at what is on the screen, mostly, and come in bursts; half of the bursts while the
-/// program stands still, as on a board that is busy.
+/// Most taps aim at what is on the screen. They come in bursts. Half of the bursts come while the
+/// program stands still, as on a busy board.
 class RandomTapsTest : public QObject
 {
     Q_OBJECT
@@ -108,7 +108,7 @@ void RandomTapsTest::Note(const QString& what)
     }
 }
 
-/// What somebody needs who wants to find out why the program has ended.
+/// What one needs to find out why the program has ended.
 QString RandomTapsTest::Story() const
 {
     return QString(
@@ -128,7 +128,7 @@ bool RandomTapsTest::Start()
     return m_program.waitForStarted() && m_operator.Connect() && m_viewer.Connect();
 }
 
-/// Whether the program is up and has nothing to report. After a restart of the board it is started
+/// Whether the program runs and has reported nothing. After a restart of the board it is started
 /// again, as the firmware does.
 bool RandomTapsTest::Lives()
 {
@@ -153,7 +153,7 @@ bool RandomTapsTest::StartsAgainAfterReboot()
     return Start();
 }
 
-/// Finds out what there is to tap: a list or a box, else what is on the page.
+/// Finds the places to tap: those of an open list or box, or else those of the page.
 void RandomTapsTest::LookAround()
 {
     m_places.clear();
@@ -165,7 +165,8 @@ void RandomTapsTest::LookAround()
     }
 }
 
-/// Adds the places of the small widgets of a window, if it is shown: the large ones hold others.
+/// Adds the places of a window's small widgets, if the window is shown. Large widgets only contain
+/// others.
 void RandomTapsTest::AddPlaces(const QString& window)
 {
     if (!m_operator.Property(window, "visible").toBool()) {
@@ -222,7 +223,7 @@ void RandomTapsTest::SendBurst()
     }
 }
 
-/// Opens a page by its id, which some have no tab for.
+/// Opens a page by its id. Some pages have no tab.
 void RandomTapsTest::OpenAnyPage()
 {
     const int page = 1 + Random(10);

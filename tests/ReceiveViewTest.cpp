@@ -18,7 +18,7 @@ const int keptOfALine = 30000;
 const int keptLines = 20000;
 const QColor green(12, 202, 66);
 
-/// Text in which each character tells where it stands, without line ends.
+/// A text without line ends, in which each character shows its position.
 QString Ruler(int size)
 {
     QString ruler;
@@ -29,7 +29,7 @@ QString Ruler(int size)
     return ruler.left(size);
 }
 
-/// What a text edit shows of a text given to it at once.
+/// The text that a text edit shows when it gets all of it at once.
 QString AsShown(const QString& text)
 {
     QTextEdit edit;
@@ -113,7 +113,7 @@ void ReceiveViewTest::AddInChunks(const QString& text, int chunk)
     m_view->ShowGathered();
 }
 
-/// Adds a text and has it shown.
+/// Adds a text and shows it at once.
 void ReceiveViewTest::Show(const QString& text)
 {
     m_view->AddText(text);

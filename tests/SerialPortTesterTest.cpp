@@ -32,8 +32,8 @@ int OpenDescriptors()
     return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
 }
 
-/// Another program that reads a port, such as a getty, had it open before the page and is always
-/// the faster one. `lastError` is what its reading leaves in errno.
+/// Another program, such as a getty, that reads the port too. It opened the port before the page
+/// did, and is always faster. Its reading leaves `lastError` in errno.
 class SecondReader
 {
 public:

@@ -11,7 +11,7 @@ private slots:
     void goodRunLooksAsRealOnesDo();
 };
 
-// The log that the other tests play is worth something only while it has what real ones have.
+// The other tests play this log. It is a good test only if it has all that real logs have.
 void SimulatedFlashingLogTest::goodRunLooksAsRealOnesDo()
 {
     const QString log = QString::fromStdString(FlashingLog({}));

@@ -33,7 +33,7 @@ void KeepWarnings(QtMsgType type, const QMessageLogContext& /*context*/, const Q
     }
 }
 
-/// What the sqlite3 tool makes of the file.
+/// The answer of the sqlite3 tool to a query of the file.
 QString Ask(const QString& query)
 {
     QProcess sqlite;
@@ -42,7 +42,7 @@ QString Ask(const QString& query)
     return QString::fromUtf8(sqlite.readAll());
 }
 
-/// Gives /var/log storage of its own.
+/// Mounts a file system of its own at /var/log.
 void Mount(const QString& options)
 {
     QCOMPARE(QProcess::execute("mount", {"-t", "tmpfs", "-o", options, "tmpfs", "/var/log"}), 0);

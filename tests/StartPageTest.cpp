@@ -18,7 +18,7 @@ namespace
 
 const QString builtInVersion = "V1.1 Build 2022-10-18";
 
-/// The board's touch, which also writes down its call as the stand-in tools do.
+/// The board's touch, which also records its call, as the stand-in tools do.
 const char* const recordedTouch = ". \"$BOARD_HOME/record.sh\"\nexec /usr/bin/touch \"$@\"";
 
 } // namespace

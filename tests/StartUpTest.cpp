@@ -15,7 +15,7 @@ const QRgb bodyGrey = qRgb(240, 240, 240);
 
 } // namespace
 
-/// The real program as it starts on boards and in builds that lack something.
+/// Starts the real program on boards, and from builds, that lack something.
 class StartUpTest : public QObject
 {
     Q_OBJECT
@@ -144,7 +144,7 @@ void StartUpTest::logWithoutAReaderIsNoMatter()
     QCOMPARE(m_operator.Text("bodyWidget QLineEdit[2]"), QString("Failed!"));
 }
 
-// Qt picks the input method when the application is made, which only the program's own start does.
+// Qt chooses the input method when the application is created, so only a real start shows it.
 void StartUpTest::keysComeUpForAField()
 {
     Board::Become("language english\n");

@@ -19,13 +19,13 @@ const QPoint beside(700, 500);
 /// X's code for the key.
 const quint32 upKey = 0xff52;
 
-/// A tool of the board's that does its work only when the test lets it.
+/// A tool of the board that waits until the test lets it work.
 const QByteArray waitForTheTest = "while [ ! -e /run/board/go ]; do sleep 0.02; done\n";
 
 } // namespace
 
-/// The real program under a finger: what the screen shows, and what taps in quick succession come
-/// to. The taps of a burst are sent while the program stands still, as on a board that is busy.
+/// The real program and a finger: what the screen shows, and the effect of quick taps. The taps of
+/// a burst are sent while the program stands still, as on a busy board.
 class TapsTest : public QObject
 {
     Q_OBJECT
@@ -85,7 +85,7 @@ void TapsTest::cleanup()
     QVERIFY2(isRunning, "the program has ended");
 }
 
-/// Where a widget of the main window is.
+/// The place of a widget in the main window.
 QRect TapsTest::Place(const QString& widget)
 {
     const QJsonObject found = m_operator.List(widget).first().toObject();
@@ -106,7 +106,8 @@ bool TapsTest::IsListOpen()
     return m_operator.Property("QComboBoxListView", "visible").toBool();
 }
 
-/// What the screen shows at a place, once all that the program has painted there has reached it.
+/// The picture at a place of the screen, when all that the program has painted there has reached
+/// it.
 QImage TapsTest::See(const QRect& place)
 {
     const QImage painted = QImage::fromData(m_operator.Screenshot()).copy(place);
@@ -117,7 +118,7 @@ QImage TapsTest::See(const QRect& place)
     return painted;
 }
 
-/// Waits until the screen shows something else at a place.
+/// Waits until the picture at a place of the screen changes.
 bool TapsTest::ScreenChanges(const QRect& place, const QImage& from)
 {
     return m_viewer.WaitForPicture(

@@ -35,7 +35,8 @@ void GiveTheScreen(const QSize& size)
     QWindowSystemInterface::sendWindowSystemEvents(QEventLoop::AllEvents);
 }
 
-/// The button of a number, in reading order; the centre's has a text instead of its number.
+/// The button with a number, counted in reading order. The button in the centre shows a text
+/// instead.
 QPushButton* Place(const ToolTouchTest& test, int number)
 {
     auto* layout = qobject_cast<QGridLayout*>(test.layout());
@@ -49,7 +50,7 @@ QColor ColourOf(const ToolTouchTest& test, int number)
     return Place(test, number)->grab().toImage().pixelColor(4, 4);
 }
 
-/// The places that are red on the screen.
+/// The numbers of the places that are red on the screen.
 QList<int> LitPlaces(ToolTouchTest& test)
 {
     const QImage screen = test.grab().toImage();
@@ -106,7 +107,7 @@ private:
     void Rebuild();
     int Rotation() { return InGrid<QComboBox>(m_page.get(), Calibration, 1)->currentIndex(); }
 
-    /// Opens the touch test by the finger, looks at it and leaves it by the finger on its centre.
+    /// Opens the touch test with a tap, calls `look`, and leaves the test with a tap on its centre.
     void DuringTheTest(const std::function<void(ToolTouchTest&)>& look);
     void PutFingerOn(QWidget* widget) { ReportFinger(CentreOf(widget), Qt::TouchPointPressed); }
     void SlideFingerTo(QWidget* widget) { ReportFinger(CentreOf(widget), Qt::TouchPointMoved); }
@@ -171,7 +172,7 @@ void TouchTest::DuringTheTest(const std::function<void(ToolTouchTest&)>& look)
     QVERIFY(seen);
 }
 
-/// Reports the finger as the touch screen's driver does.
+/// Reports a finger as the touch screen's driver does.
 void TouchTest::ReportFinger(const QPoint& place, Qt::TouchPointState state)
 {
     QWindowSystemInterface::TouchPoint finger;

@@ -4,7 +4,7 @@
 #include <QDir>
 #include <QTest>
 
-/// The tour at the real program, which the board starts again after each restart.
+/// Runs the tour with the real program. The board starts the program again after each restart.
 class TourTest : public QObject
 {
     Q_OBJECT

@@ -21,7 +21,7 @@ const char* const clientPath = "/etc/frpc.ini";
 
 enum Row { Enable, ServerAddress, ServerPort, RemotePort, Security, Password, Set, Filler };
 
-// As such a file is written by hand, with what a rewrite would spoil.
+// Such a file as people write it by hand, with lines that a rewrite would spoil.
 const char* const clientFile = "# relay of the line\n"
                                "[common]\n"
                                "server_addr = 203.0.113.7\n"
@@ -40,7 +40,7 @@ const char* const clientFile = "# relay of the line\n"
                                "type = tcp\n"
                                "remote_port = 6022\n";
 
-/// A missing file fails the one test that misses it.
+/// The content of a file. If it is missing, the running test fails.
 QByteArray Content(const QString& path)
 {
     QFile file(path);
@@ -389,7 +389,7 @@ void VncTesterTest::setChangesNoOtherLine()
     QCOMPARE(Content(clientPath), expected);
 }
 
-// Lines that QSettings takes for one with those behind them, or does not see.
+// Lines that QSettings joins with the next lines, or does not see.
 void VncTesterTest::strangeLinesPlayNoPart_data()
 {
     QTest::addColumn<QByteArray>("line");

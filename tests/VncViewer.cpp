@@ -12,7 +12,7 @@ namespace
 const quint16 port = 5900;
 const int pollMs = 20;
 
-/// The messages of the protocol that are used.
+/// The messages of the protocol that this viewer uses.
 enum FromViewer : quint8 {
     SetPixelFormat = 0,
     SetEncodings = 2,
@@ -116,7 +116,7 @@ bool VncViewer::WaitForPicture(const std::function<bool(const QImage& picture)>&
     return true;
 }
 
-/// Takes one update of the picture and asks for the next; false until a whole one has come.
+/// Receives one update of the picture and asks for the next. False until the update is complete.
 bool VncViewer::TakeUpdate()
 {
     m_stream.startTransaction();

@@ -9,25 +9,25 @@
 
 class QDeadlineTimer;
 
-/// A VNC viewer with a finger: sees what the screen of the running program shows, and touches it.
+/// A VNC viewer with a finger. It sees the screen of the running program, and touches it.
 ///
-/// It asks nothing of the program but the platform "vnc". What it sees has reached the screen, also
-/// while a check blocks the program. What it touches while the program stands still arrives in one
-/// burst. It speaks RFB 3.3 without a password and takes raw pixels of 32 bits.
+/// The program only needs the platform "vnc". The viewer sees what has really reached the screen,
+/// even while a check blocks the program. Taps that it sends during that time arrive all at once
+/// afterwards. It speaks RFB 3.3 without a password and receives raw pixels of 32 bits.
 class VncViewer
 {
 public:
-    /// Waits until the program's screen is there and has been seen as a whole. False, and Error()
-    /// says why, when it is not there in time.
+    /// Waits until the viewer has received the whole screen once. False on a timeout; Error() then
+    /// says why.
     bool Connect(int limitMs = 15000);
     void Disconnect() { m_socket.abort(); }
 
     QString Error() const { return m_error; }
 
-    /// The screen as it has come by now.
+    /// The screen as received until now.
     const QImage& Picture() const { return m_picture; }
 
-    /// Takes what comes until the picture is as wanted; false when it is not in time.
+    /// Receives updates until `isWanted` accepts the picture. False on a timeout.
     bool WaitForPicture(const std::function<bool(const QImage& picture)>& isWanted,
                         int limitMs = 10000);
 
@@ -35,7 +35,7 @@ public:
     void Press(const QPoint& place) { SendPointer(place, true); }
     void Release(const QPoint& place) { SendPointer(place, false); }
     void Tap(const QPoint& place);
-    /// Strikes a key of a keyboard; `key` is X's code for it.
+    /// Presses and releases a key; `key` is X's code for it.
     void StrikeKey(quint32 key);
 
 private:

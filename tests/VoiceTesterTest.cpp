@@ -22,7 +22,7 @@ namespace
 
 const char* const heard = "/tmp/heard";
 
-/// What a player of the tests' own was given: each argument, ended by a NUL.
+/// Replaces the player, and records its arguments, each ended by a NUL.
 const char* const listener =
     "printf '%s\\0' \"$@\" >/tmp/heard.new; exec mv /tmp/heard.new /tmp/heard";
 
@@ -36,7 +36,7 @@ QStringList Items(QWidget* page)
     return items;
 }
 
-/// A file with a name of bytes, of which not all need be text.
+/// Creates a file. The bytes of its name need not be valid text.
 void PutFile(const QByteArray& path)
 {
     const int file = open(path.constData(), O_WRONLY | O_CREAT, 0644);

@@ -150,7 +150,7 @@ void WifiTesterTest::Rebuild()
     QVERIFY(QTest::qWaitForWindowExposed(m_page));
 }
 
-/// Opens the page on a board of that description.
+/// Opens the page on a board with that description.
 void WifiTesterTest::BuildOn(const QByteArray& description)
 {
     Board::Become(description);
@@ -165,7 +165,7 @@ void WifiTesterTest::PressAll()
     }
 }
 
-/// Scans until the list is that long: the results of a scan are there when the next one begins.
+/// Scans until the list has `count` networks. A scan shows the results of the one before.
 void WifiTesterTest::ScanFor(int count)
 {
     QTRY_VERIFY_WITH_TIMEOUT((Press(m_page, "btnScan"), Networks()->count() == count), 30000);

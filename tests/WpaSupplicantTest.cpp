@@ -29,7 +29,7 @@ bool IsPrintable(const QByteArray& text)
     return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
 }
 
-/// A name as the client lists it after a scan.
+/// A name as the client prints it after a scan.
 QByteArray Escaped(const QByteArray& name)
 {
     QByteArray text;
@@ -52,8 +52,8 @@ QByteArray Escaped(const QByteArray& name)
 
 } // namespace
 
-/// The page's commands, given to the real supplicant through its real client; and to the simulated
-/// board's, which must do the same with them.
+/// Gives the page's commands to the real supplicant through its real client, and to the simulated
+/// board's supplicant, which must react in the same way.
 class WpaSupplicantTest : public QObject
 {
     Q_OBJECT
@@ -119,7 +119,7 @@ void WpaSupplicantTest::Start(const QString& driver)
     m_page->show();
 }
 
-/// The board's own supplicant makes room for it.
+/// Stops the board's own supplicant and starts the real one.
 void WpaSupplicantTest::StartTheRealOne(const QString& driver)
 {
     QCOMPARE(Ask({"terminate"}), QByteArray("OK\n"));

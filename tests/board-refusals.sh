@@ -1,5 +1,6 @@
 #!/bin/sh
-# What the simulated board says where it cannot run, in one sentence and before it does anything:
+# Checks the one sentence that the simulated board prints when it cannot run, before it does
+# anything:
 #
 #   board-refusals.sh BOARD
 set -eu
@@ -9,7 +10,7 @@ tools=$(mktemp -d)
 trap 'rm -rf "$tools"' EXIT
 failures=0
 
-# expect NAME WANTED COMMAND...: the command must fail and say what is wanted in a single line.
+# expect NAME WANTED COMMAND...: the command must fail, and must print one line that holds WANTED.
 expect() {
     name=$1
     wanted=$2
@@ -30,7 +31,7 @@ expect() {
     esac
 }
 
-# A machine that forbids user namespaces, as bubblewrap meets it.
+# bubblewrap on a machine that forbids user namespaces.
 cat >"$tools/bwrap" <<'TEXT'
 #!/bin/sh
 echo "bwrap: No permissions to create a new namespace" >&2

@@ -3,7 +3,7 @@
 #
 #   qt-symbols.sh PROGRAM
 #
-# Debian's packages record for each symbol of a library the version that brought it.
+# Debian's packages record the version that introduced each symbol of a library.
 set -eu
 
 program=$1
@@ -11,8 +11,8 @@ newest=5.12
 recorded=$(mktemp)
 trap 'rm -f "$recorded"' EXIT
 
-# Lines of a symbols file: " SYMBOL@VERSION-NODE FIRST-VERSION [...]"; qt_version_tag names only
-# what the program was linked with here.
+# Lines of a symbols file: " SYMBOL@VERSION-NODE FIRST-VERSION [...]". qt_version_tag only names the
+# version that the program was linked with here.
 cat /var/lib/dpkg/info/libqt5*.symbols |
     sed -n 's/^ \(([^)]*)\)\{0,1\}"\{0,1\}\([^@"]*\)@[^ "]*"\{0,1\} \([0-9.]*\).*/\2\t\3/p' |
     grep -v '^qt_version_tag' | sort -u >"$recorded"

@@ -1,6 +1,6 @@
 #!/bin/sh
-# What run.sh says when it is called with something that cannot work. It must say so in one line on
-# stderr, and neither install, build nor start anything:
+# Checks what run.sh prints when it cannot do what it is told. It must print one line on stderr, and
+# neither install, build nor start anything:
 #
 #   run-refusals.sh PROJECT
 set -eu
@@ -11,13 +11,13 @@ neighbour=
 trap 'kill $neighbour 2>/dev/null || true; rm -rf "$tools"' EXIT
 failures=0
 
-# stand_in NAME: a tool that does what the script on standard input says.
+# stand_in NAME: replaces a tool with the script on standard input.
 stand_in() {
     { echo '#!/bin/sh' && cat; } >"$tools/$1"
     chmod +x "$tools/$1"
 }
 
-# refuses NAME STATUS WANTED COMMAND...: the command must exit so and say what is wanted.
+# refuses NAME STATUS WANTED COMMAND...: the command must exit with STATUS and print WANTED.
 refuses() {
     name=$1 wanted_status=$2 wanted=$3
     shift 3
@@ -39,7 +39,7 @@ refuses() {
     esac
 }
 
-# Every package is there; nothing is built, and no sandbox is made.
+# All packages are installed. Nothing is built, and no sandbox is made.
 echo 'echo installed' | stand_in dpkg-query
 for tool in cmake bwrap apt-get; do
     echo "touch '$tools/begun'; exit 1" | stand_in "$tool"
@@ -67,7 +67,7 @@ run "port 0" "'0'" vnc 0
 run "port above all" "'65536'" vnc 65536
 run "port of many digits" "'99999999999999999999'" vnc 99999999999999999999
 
-# A port that somebody listens on.
+# A port on which another program listens.
 : >"$tools/socat.log"
 socat -d -d TCP-LISTEN:0,bind=127.0.0.1,fork /dev/null 2>>"$tools/socat.log" &
 neighbour=$!
@@ -78,7 +78,7 @@ while [ -z "$port" ]; do
 done
 refuses "port that is taken" 1 "port $port" env PATH="$tools:$PATH" "$project/run.sh" vnc "$port"
 
-# Without HOME the program is shown all the same.
+# The program is shown even without HOME.
 echo 'exit 0' | stand_in bwrap
 if said=$(env -u HOME -u XAUTHORITY PATH="$tools:$PATH" \
     "$project/simulated-board/board" --display -- true 2>&1) && [ -z "$said" ]; then

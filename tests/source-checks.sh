@@ -3,6 +3,9 @@
 #
 #   source-checks.sh format|shell|tidy BUILD
 #
+# format: every C++ file is formatted as .clang-format says.
+# shell: shellcheck reports nothing about any script.
+# tidy: clang-tidy reports nothing about any C++ file that BUILD compiles.
 # format: every C++ file as .clang-format says; shell: every script free of shellcheck's findings;
 # tidy: every C++ file that BUILD compiles free of clang-tidy's.
 set -eu
@@ -22,7 +25,8 @@ shell)
         xargs -0 shellcheck -x --source-path=.
     ;;
 tidy)
-    # Generated files lie in the build; what is not compiled there has no commands to check it with.
+    # Skip generated files, which are in the build. A file that is not compiled has no compile
+    # command.
     sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$2/compile_commands.json" | sort -u |
         grep -v "^$(realpath "$2")" |
         xargs -P "$(nproc)" -n 4 clang-tidy -p "$2" --quiet 2>/dev/null

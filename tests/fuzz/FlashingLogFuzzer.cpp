@@ -1,5 +1,5 @@
-// Feeds the parser of the flashing log with whatever libFuzzer thinks of. An input is chunks of a
-// log, each behind a byte with its length.
+// Feeds the parser of the flashing log with inputs from libFuzzer. An input is the chunks of a log,
+// each after a byte with its length.
 
 #include "protocols/FlashingLogParser.h"
 
@@ -21,7 +21,7 @@ QVector<QByteArray> ChunksOf(const QByteArray& input)
     return chunks;
 }
 
-/// What a parser made of chunks.
+/// The results of parsing some chunks.
 struct Outcome {
     QString echo;
     int results = 0;
@@ -42,7 +42,7 @@ Outcome Play(const QVector<QByteArray>& chunks)
     return outcome;
 }
 
-/// How many lines of the chunks hold a marker, told in another way than the parser's.
+/// Counts the lines that hold a marker, in another way than the parser does.
 int CountMarkers(const QVector<QByteArray>& chunks)
 {
     int count = 0;

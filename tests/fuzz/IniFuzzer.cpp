@@ -1,5 +1,5 @@
-// Edits INI files of whatever content. An input is a byte of choices, a byte with the value's
-// length, the value and the file's content.
+// Edits INI files with inputs from libFuzzer. An input is a byte of choices, a byte with the
+// value's length, the value and the file's content.
 
 #include "protocols/IniFile.h"
 
@@ -18,10 +18,10 @@ namespace
 
 const IniKey keys[] = {{"General", "password"}, {"common", "server_addr"}, {"vnc", "remote_port"}};
 
-/// QSettings must read the same values from the content.
+/// Checks that QSettings reads the same values from the content.
 void CheckWithQSettings(const QByteArray& content)
 {
-    // Each content its own file: QSettings remembers what it has read.
+    // Each content gets its own file, because QSettings caches what it has read.
     static const QTemporaryDir s_folder;
     static int s_number = 0;
     QFile file(s_folder.filePath(QString::number(++s_number)));
@@ -35,7 +35,7 @@ void CheckWithQSettings(const QByteArray& content)
     file.remove();
 }
 
-/// The content without what QSettings reads in its own way.
+/// Removes the parts of the content that QSettings reads differently on purpose.
 QByteArray Sane(const QByteArray& content)
 {
     QByteArray sane;
@@ -82,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* bytes, std::size_t si
         Require(&key == &written || IniValue(after, key) == IniValue(content, key),
                 "other keys keep their values");
     }
-    // QSettings reads files, which takes far longer than the rest.
+    // Only in some runs: QSettings reads files, which takes far longer than the rest.
     if (choices >= 240) {
         CheckWithQSettings(IniWithValue(Sane(content), written, value));
     }

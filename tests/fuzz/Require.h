@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/// Ends the run, which has libFuzzer keep the input, unless what must hold held.
+/// Ends the run unless `held` is true. libFuzzer then keeps the input.
 inline void Require(bool held, const char* what)
 {
     if (!held) {

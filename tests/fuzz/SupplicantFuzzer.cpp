@@ -1,5 +1,5 @@
-// Feeds what reads the supplicant's client with whatever libFuzzer thinks of: the same bytes as a
-// status, as a network of the scan and as a passphrase.
+// Feeds the functions for the supplicant's client with inputs from libFuzzer. The same bytes serve
+// as a status, as a network of the scan and as a passphrase.
 
 #include "protocols/Supplicant.h"
 
@@ -18,7 +18,7 @@ QByteArray Printed(const QByteArray& ssid)
     return printed;
 }
 
-/// What a shell makes of a word in single quotes and of escaped quotes between such.
+/// What a shell reads from a word of single-quoted parts and escaped quotes.
 QByteArray Unquoted(const QByteArray& word)
 {
     QByteArray text;

@@ -1,5 +1,6 @@
-// Makes a touch screen of QEMU's tablet, which to Linux is a mouse: takes the tablet for itself and
-// repeats what it does as /dev/input/touchscreen, a direct multi-touch device with one finger.
+// Makes a touch screen of QEMU's tablet, which Linux takes for a mouse. It takes the tablet for
+// itself and repeats its input as /dev/input/touchscreen, a direct multi-touch device with one
+// finger.
 
 #include <cerrno>
 #include <cstdio>
@@ -83,7 +84,7 @@ int NewTouchScreen(int width, int height)
     return screen;
 }
 
-/// Gives the new device the name that does not change with the number of input devices.
+/// Links the new device to a name that does not depend on the number of input devices.
 void LinkTouchScreen(int screen)
 {
     char input[32] = "";

@@ -1,4 +1,4 @@
-# Builds for the virtual board with the libraries that build-program unpacked.
+# Builds for the virtual board, with the libraries that build-program has unpacked.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)

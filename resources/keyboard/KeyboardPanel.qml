@@ -2,7 +2,7 @@ import QtQuick 2.0
 import QtQuick.VirtualKeyboard 2.1
 import QtQuick.VirtualKeyboard.Settings 2.1
 
-// The keys, as wide as the window and as high as that asks for.
+// The keys are as wide as the window. Their height follows from the width.
 Item {
     readonly property bool active: keys.active
     readonly property real keysHeight: keys.height
@@ -16,7 +16,7 @@ Item {
     }
 
     Component.onCompleted: {
-        // What the pages take is ASCII: addresses, passphrases, hex, dates.
+        // The pages' fields take ASCII only: addresses, passphrases, hex, dates.
         VirtualKeyboardSettings.activeLocales = ["en_GB"]
         VirtualKeyboardSettings.locale = "en_GB"
     }

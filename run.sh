@@ -17,7 +17,7 @@ refuse() {
     exit 2
 }
 
-# Whether the text is a number from 1 to the largest; leading zeros are none.
+# Whether the text is a number from 1 to the largest. A number with leading zeros does not count.
 is_number() {
     case $1 in
     '' | 0* | *[!0-9]* | ??????*) return 1 ;;
@@ -29,7 +29,7 @@ is_size() {
     case $1 in *x*) is_number "${1%x*}" 9999 && is_number "${1#*x}" 9999 ;; *) false ;; esac
 }
 
-# Whether a program of this machine listens on the TCP port.
+# Whether a program on this machine listens on the TCP port.
 is_taken() {
     cat /proc/net/tcp /proc/net/tcp6 2>/dev/null |
         grep -q ": [0-9A-F]*:$(printf %04X "$1") [0-9A-F:]* 0A "

@@ -7,7 +7,7 @@
 #include "instruments/Rows.h"
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
-#include "protocols/KernelVersion.h"
+#include "protocols/BoardTexts.h"
 
 #include <QComboBox>
 #include <QFile>

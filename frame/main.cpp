@@ -11,7 +11,7 @@
 namespace
 {
 
-/// Gives the application its look. Without a readable style sheet the program runs unstyled.
+/// Applies the style sheet. Without a readable one the program runs unstyled.
 void ApplyStyleSheet(QApplication& application)
 {
     QFile file(":/qss/style.qss");

@@ -6,10 +6,8 @@
 #include "instruments/Rows.h"
 #include "instruments/Shell.h"
 #include "pages/TouchTester.h"
-#include "protocols/Calibration.h"
+#include "protocols/BoardTexts.h"
 #include "protocols/ControllerMessages.h"
-#include "protocols/DeviceCount.h"
-#include "protocols/PingOutput.h"
 
 #include <QComboBox>
 #include <QDateTime>

@@ -6,7 +6,7 @@
 #include "instruments/ResultField.h"
 #include "instruments/Rows.h"
 #include "instruments/Shell.h"
-#include "protocols/PingOutput.h"
+#include "protocols/BoardTexts.h"
 #include "protocols/Supplicant.h"
 
 #include <QFile>

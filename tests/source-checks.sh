@@ -11,7 +11,7 @@
 set -eu
 
 cd "$(dirname "$0")/.."
-rooms="frame instruments pages simulated-board tests benchmarks virtual-board"
+rooms="protocols frame instruments pages simulated-board tests benchmarks virtual-board"
 
 case $1 in
 format)

@@ -5,11 +5,25 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QPixmap>
 
 #include <csignal>
 
 namespace
 {
+
+/// Reads the logo for the style sheet, which finds it in QPixmapCache as long as this copy lives.
+///
+/// Before Qt reads a PNG itself it loads every picture plug-in, and Qt Svg with them. Without paths
+/// to look for plug-ins it finds none.
+QPixmap LoadLogo()
+{
+    const QStringList paths = QCoreApplication::libraryPaths();
+    QCoreApplication::setLibraryPaths({});
+    const QPixmap logo(":/images/logo.png");
+    QCoreApplication::setLibraryPaths(paths);
+    return logo;
+}
 
 /// Applies the style sheet. Without a readable one the program runs unstyled.
 void ApplyStyleSheet(QApplication& application)
@@ -36,6 +50,7 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     const StopSignals stopSignals;
 
+    const QPixmap logo = LoadLogo();
     ApplyStyleSheet(application);
     MoskTranslator::GetTranslator();
 

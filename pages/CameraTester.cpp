@@ -1,9 +1,8 @@
 #include "pages/CameraTester.h"
 
+#include "instruments/Cameras.h"
 #include "instruments/Rows.h"
 
-#include <QCamera>
-#include <QCameraViewfinder>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QPushButton>
@@ -23,25 +22,25 @@ void MakeCamerasFreeTheirBuffers()
 
 } // namespace
 
-CameraTester::CameraTester(QWidget* parent)
-    : QWidget(parent), m_cameras(QCameraInfo::availableCameras())
+CameraTester::CameraTester(QWidget* parent) : QWidget(parent), m_cameras(Cameras::Find(this))
 {
     MakeCamerasFreeTheirBuffers();
 
     auto* layout = new QGridLayout(this);
 
-    m_viewfinder = new QCameraViewfinder(this);
+    QWidget* viewfinder = m_cameras != nullptr ? m_cameras->Viewfinder() : new QWidget(this);
     // Black, not the page's grey, where no camera shows a picture.
-    m_viewfinder->setPalette(Qt::black);
-    m_viewfinder->setAutoFillBackground(true);
-    layout->addWidget(m_viewfinder, 0, 0, 1, 3);
+    viewfinder->setPalette(Qt::black);
+    viewfinder->setAutoFillBackground(true);
+    layout->addWidget(viewfinder, 0, 0, 1, 3);
 
     m_selector = new QComboBox(this);
     m_selector->setFixedHeight(40);
     m_selector->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    for (const QCameraInfo& camera : m_cameras) {
-        m_selector->addItem(camera.description());
+    if (m_cameras != nullptr) {
+        m_names = m_cameras->Names();
     }
+    m_selector->addItems(m_names);
     layout->addWidget(m_selector, 1, 0);
 
     const QSize size(100, 30);
@@ -54,32 +53,19 @@ CameraTester::CameraTester(QWidget* parent)
     connect(close, &QPushButton::clicked, this, &CameraTester::OnBtnCloseClicked);
 }
 
-CameraTester::~CameraTester()
-{
-    Close();
-}
+CameraTester::~CameraTester() = default;
 
 void CameraTester::OnBtnOpenClicked(bool /*checked*/)
 {
     const int index = m_selector->currentIndex();
-    if (index < 0 || index >= m_cameras.size()) {
-        return;
+    if (index >= 0 && index < m_names.size()) {
+        m_cameras->Open(index);
     }
-    Close();
-    m_camera = std::make_unique<QCamera>(m_cameras[index]);
-    m_camera->setViewfinder(m_viewfinder);
-    m_camera->start();
 }
 
 void CameraTester::OnBtnCloseClicked(bool /*checked*/)
 {
-    Close();
-}
-
-void CameraTester::Close()
-{
-    if (m_camera != nullptr) {
-        m_camera->stop();
-        m_camera.reset();
+    if (m_cameras != nullptr) {
+        m_cameras->Close();
     }
 }

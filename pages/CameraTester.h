@@ -1,13 +1,11 @@
 #pragma once
 
-#include <QCameraInfo>
-#include <QList>
+#include <QStringList>
 #include <QWidget>
 
 #include <memory>
 
-class QCamera;
-class QCameraViewfinder;
+class Cameras;
 class QComboBox;
 
 /// Shows the live picture of one of the board's cameras.
@@ -26,12 +24,9 @@ private slots:
     void OnBtnCloseClicked(bool checked);
 
 private:
-    void Close();
-
+    /// Null where their library is missing.
+    const std::unique_ptr<Cameras> m_cameras;
     /// The cameras that were there when the page was built, as the selector lists them.
-    const QList<QCameraInfo> m_cameras;
-    QCameraViewfinder* m_viewfinder = nullptr;
+    QStringList m_names;
     QComboBox* m_selector = nullptr;
-    /// The open camera, or none.
-    std::unique_ptr<QCamera> m_camera;
 };

@@ -3,7 +3,7 @@
 #include "simulated-board/Board.h"
 #include "tests/Operate.h"
 
-#include <QCamera>
+#include <QCameraInfo>
 #include <QCameraViewfinder>
 #include <QComboBox>
 #include <QDir>

@@ -2,6 +2,7 @@
 #include "tests/Program.h"
 #include "tests/VncViewer.h"
 
+#include <QDir>
 #include <QImage>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -30,9 +31,12 @@ private slots:
     void windowCoversTheScreen();
     void logWithoutAReaderIsNoMatter();
     void keysComeUpForAField();
+    void librariesOfOtherPagesWaitUntilTheyAreNeeded();
+    void programWithoutItsCameraLibraryHasNoCameras();
 
 private:
     void Start(const QString& program);
+    QByteArray Mapped() const;
 
     QProcess m_program;
     Operator m_operator;
@@ -41,9 +45,15 @@ private:
 void StartUpTest::Start(const QString& program)
 {
     PutOperatorAt(m_program);
-    m_program.start(Built(program), QStringList());
+    m_program.start(QDir(Built(QString())).filePath(program), QStringList());
     QVERIFY(m_program.waitForStarted());
     QVERIFY2(m_operator.Connect(), qPrintable(m_operator.Error()));
+}
+
+/// What the program has in its memory, the files by name.
+QByteArray StartUpTest::Mapped() const
+{
+    return Board::ReadFile(QString("/proc/%1/maps").arg(m_program.processId()));
 }
 
 void StartUpTest::cleanup()
@@ -163,6 +173,39 @@ void StartUpTest::keysComeUpForAField()
     viewer.Tap({field["x"].toInt() + 20, field["y"].toInt() + 10});
 
     QVERIFY2(viewer.WaitForPicture(areKeysShown), qPrintable(viewer.Error()));
+}
+
+void StartUpTest::librariesOfOtherPagesWaitUntilTheyAreNeeded()
+{
+    Board::Become("language english\ncamera video0 #2060c0 Front camera\n");
+
+    Start("MoskTest");
+
+    const QByteArray atFirst = Mapped();
+    QVERIFY(atFirst.contains("libQt5Widgets"));
+    for (const char* library :
+         {"plugins/imageformats", "libQt5Svg", "libQt5Multimedia", "libpulse", "libsndfile"}) {
+        QVERIFY2(!atFirst.contains(library), library);
+    }
+    QVERIFY(m_operator.OpenPage(10));
+    QCOMPARE(m_operator.Items("bodyWidget QComboBox[0]"), QStringList("Front camera"));
+    QVERIFY(Mapped().contains("libQt5Multimedia"));
+}
+
+void StartUpTest::programWithoutItsCameraLibraryHasNoCameras()
+{
+    Board::Become("language english\ncamera video0 #2060c0 Front camera\n");
+    const QString alone = "/root/MoskTest";
+    QVERIFY(QFile::copy(Built("MoskTest"), alone));
+
+    Start(alone);
+
+    QVERIFY(m_operator.OpenPage(10));
+    QCOMPARE(m_operator.Items("bodyWidget QComboBox[0]"), QStringList());
+    QVERIFY(m_operator.Click("btnopen"));
+    QVERIFY(m_operator.Click("btnclose"));
+    QVERIFY(m_operator.OpenPage(10));
+    QCOMPARE(m_operator.Count("btnopen"), 1);
 }
 
 QTEST_GUILESS_MAIN(StartUpTest)

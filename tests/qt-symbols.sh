@@ -1,12 +1,11 @@
 #!/bin/sh
-# Fails when the program needs a Qt newer than the board's 5.12:
+# Fails when the program, or a library of its own, needs a Qt newer than the board's 5.12:
 #
-#   qt-symbols.sh PROGRAM
+#   qt-symbols.sh FILE...
 #
 # Debian's packages record the version that introduced each symbol of a library.
 set -eu
 
-program=$1
 newest=5.12
 recorded=$(mktemp)
 trap 'rm -f "$recorded"' EXIT
@@ -18,7 +17,7 @@ cat /var/lib/dpkg/info/libqt5*.symbols |
     grep -v '^qt_version_tag' | sort -u >"$recorded"
 [ -s "$recorded" ] || { echo "No symbols files of Qt's packages here" >&2; exit 1; }
 
-nm -D --undefined-only "$program" | awk '{ print $NF }' | sed 's/@.*//' | sort -u |
+nm -D --undefined-only "$@" | awk '{ print $NF }' | sed 's/@.*//' | sort -u |
     awk -F '\t' -v newest="$newest" '
         function number(version, parts) {
             split(version, parts, ".")

@@ -36,6 +36,9 @@ ReceiveView::ReceiveView(QWidget* parent) : QTextEdit(parent)
 {
     QFont large;
     large.setPixelSize(22);
+    // Without kerning: it is half of what layout costs, and one letter with very many accents, as a
+    // broken stream may hold, would take it seconds.
+    large.setStyleStrategy(QFont::PreferNoShaping);
     setFont(large);
     // The Tab key moves the focus to the next widget instead of typing a tab.
     setTabChangesFocus(true);
@@ -217,6 +220,9 @@ void ReceiveView::DropOldestLines(QTextCursor& cursor)
     }
     if (characters > Most(keptCharacters)) {
         first = qMax(first, document()->findBlock(characters - keptCharacters).blockNumber());
+    }
+    if (first == 0) {
+        return;
     }
     cursor.setPosition(0);
     cursor.setPosition(document()->findBlockByNumber(first).position(), QTextCursor::KeepAnchor);

@@ -54,6 +54,7 @@ private slots:
     void init();
     void cleanup();
 
+    void lettersAreNotShaped();
     void firstTextShowsAtOnce();
     void textShowsAtOnceAfterASilence();
     void whatFollowsIsShownTogether();
@@ -118,6 +119,15 @@ void ReceiveViewTest::Show(const QString& text)
 {
     m_view->AddText(text);
     m_view->ShowGathered();
+}
+
+// Shaping is what takes seconds for one letter with very many accents.
+void ReceiveViewTest::lettersAreNotShaped()
+{
+    m_view->ensurePolished();
+
+    QVERIFY((m_view->font().styleStrategy() & QFont::PreferNoShaping) != 0);
+    QCOMPARE(m_view->font().pixelSize(), 22);
 }
 
 void ReceiveViewTest::firstTextShowsAtOnce()

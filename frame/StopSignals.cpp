@@ -48,11 +48,16 @@ StopSignals::StopSignals()
         return;
     }
     auto* notifier = new QSocketNotifier(s_pipe[0], QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, [notifier] {
-        notifier->setEnabled(false);
-        QCoreApplication::quit();
-    });
+    // By name: the pointer to this signal is newer than the board's Qt.
+    connect(notifier, SIGNAL(activated(int)), SLOT(OnSignalled()));
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         Handle(signal);
     }
+}
+
+void StopSignals::OnSignalled()
+{
+    char byte = 0;
+    [[maybe_unused]] const ssize_t count = read(s_pipe[0], &byte, 1);
+    QCoreApplication::quit();
 }

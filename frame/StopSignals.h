@@ -11,4 +11,7 @@ class StopSignals : public QObject
 
 public:
     StopSignals();
+
+private slots:
+    void OnSignalled();
 };

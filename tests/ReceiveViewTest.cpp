@@ -14,7 +14,7 @@
 namespace
 {
 
-const int keptOfALine = 30000;
+const int keptOfALine = 20000;
 const int keptLines = 20000;
 const QColor green(12, 202, 66);
 
@@ -183,7 +183,7 @@ void ReceiveViewTest::showsExactlyWhatWasAdded_data()
     QTest::addColumn<int>("size");
 
     QTest::newRow("short, no line ends") << "abc :,." << 5000;
-    QTest::newRow("long, no line ends") << "abc :,." << 30000;
+    QTest::newRow("long, no line ends") << "abc :,." << 20000;
     QTest::newRow("line feeds") << "abc \n" << 30000;
     QTest::newRow("carriage returns") << "abc \r" << 30000;
     QTest::newRow("both") << "abcdefgh \r\n" << 30000;
@@ -398,13 +398,13 @@ void ReceiveViewTest::cursorElsewhereStays()
 
 void ReceiveViewTest::cursorStaysAtItsTextWhenTheOldestGoes()
 {
-    Show(Ruler(37000));
+    Show(Ruler(24000));
     QTextCursor cursor = m_view->textCursor();
-    cursor.setPosition(30000);
+    cursor.setPosition(20000);
     m_view->setTextCursor(cursor);
-    const QString behind = m_view->toPlainText().mid(30000, 20);
+    const QString behind = m_view->toPlainText().mid(20000, 20);
     Show(Ruler(10000));
-    QVERIFY(m_view->textCursor().position() < 30000);
+    QVERIFY(m_view->textCursor().position() < 20000);
     QCOMPARE(m_view->toPlainText().mid(m_view->textCursor().position(), 20), behind);
 }
 

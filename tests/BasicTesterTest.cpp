@@ -1,7 +1,6 @@
 #include "pages/BasicTester.h"
-#include "frame/MoskSettings.h"
 #include "simulated-board/Board.h"
-#include "tests/Operate.h"
+#include "tests/PageFixture.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -21,12 +20,11 @@ enum Row { Usb, SdCard, Calibration, Buzzer, Touch, Ethernet, ClockRead, ClockSe
 
 } // namespace
 
-class BasicTesterTest : public QObject
+class BasicTesterTest : public PageFixture<BasicTester>
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -66,16 +64,8 @@ private slots:
     void mobileTargetIsNotCheckedForItsForm();
 
 private:
-    QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page, row, 1); }
-    void Rebuild();
-
-    BasicTester* m_page = nullptr;
+    QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page.get(), row, 1); }
 };
-
-void BasicTesterTest::initTestCase()
-{
-    ApplyStyleSheet();
-}
 
 void BasicTesterTest::init()
 {
@@ -87,19 +77,9 @@ void BasicTesterTest::init()
 
 void BasicTesterTest::cleanup()
 {
-    delete m_page;
-    m_page = nullptr;
+    m_page.reset();
     Board::RemoveTools();
     QFile::remove("/dev/ttyUSB1");
-}
-
-void BasicTesterTest::Rebuild()
-{
-    delete m_page;
-    m_page = new BasicTester(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_page));
 }
 
 void BasicTesterTest::layoutHasARowForEachCheck_data()
@@ -149,20 +129,20 @@ void BasicTesterTest::layoutHasARowForEachCheck()
     QFETCH(QString, button);
     QFETCH(QString, name);
 
-    auto* label = InGrid<QLabel>(m_page, row, 0);
+    auto* label = InGrid<QLabel>(m_page.get(), row, 0);
     QVERIFY(label != nullptr);
     QCOMPARE(label->text(), title);
     QCOMPARE(label->size(), QSize(100, 30));
 
     if (row == Calibration) {
-        QVERIFY(InGrid<QComboBox>(m_page, row, 1) != nullptr);
+        QVERIFY(InGrid<QComboBox>(m_page.get(), row, 1) != nullptr);
     } else {
         QVERIFY(Field(Row(row)) != nullptr);
         QCOMPARE(Field(Row(row))->text(), field);
         QCOMPARE(TextColour(Field(Row(row))), black);
     }
 
-    auto* pushButton = InGrid<QPushButton>(m_page, row, 2);
+    auto* pushButton = InGrid<QPushButton>(m_page.get(), row, 2);
     QVERIFY(pushButton != nullptr);
     QCOMPARE(pushButton->text(), button);
     QCOMPARE(pushButton->objectName(), name);
@@ -173,14 +153,14 @@ void BasicTesterTest::layoutHasTheMarginsOfTheGrid()
 {
     QCOMPARE(m_page->layout()->contentsMargins(), QMargins(30, 20, 30, 20));
     QCOMPARE(qobject_cast<QGridLayout*>(m_page->layout())->verticalSpacing(), 16);
-    QCOMPARE(InGrid<QLabel>(m_page, Usb, 0)->geometry().topLeft(), QPoint(30, 20));
-    QCOMPARE(InGrid<QLabel>(m_page, SdCard, 0)->geometry().top(), 20 + 30 + 16);
-    QVERIFY(InGrid<QWidget>(m_page, Filler, 2) != nullptr);
+    QCOMPARE(InGrid<QLabel>(m_page.get(), Usb, 0)->geometry().topLeft(), QPoint(30, 20));
+    QCOMPARE(InGrid<QLabel>(m_page.get(), SdCard, 0)->geometry().top(), 20 + 30 + 16);
+    QVERIFY(InGrid<QWidget>(m_page.get(), Filler, 2) != nullptr);
 }
 
 void BasicTesterTest::calibrationIsNotOffered()
 {
-    auto* rotation = InGrid<QComboBox>(m_page, Calibration, 1);
+    auto* rotation = InGrid<QComboBox>(m_page.get(), Calibration, 1);
     QCOMPARE(rotation->count(), 4);
     QCOMPARE(rotation->itemText(3), QString("Rotation 3"));
     QVERIFY(!rotation->isEnabled());
@@ -207,7 +187,7 @@ void BasicTesterTest::usbCountsTheVendorLines()
     QFETCH(int, count);
     Board::Become(board);
 
-    Press(m_page, "btnUsbTest");
+    Press(m_page.get(), "btnUsbTest");
 
     QCOMPARE(Field(Usb)->text(),
              QString("Detected that there is(are) %1 USB flash drive inserted!").arg(count));
@@ -219,7 +199,7 @@ void BasicTesterTest::usbWithoutTheDriverRunsNoCommand()
     Board::WriteFile("/proc/scsi/scsi", "  Vendor: Disk\n");
     Board::PutTool("grep", "touch /tmp/grep-ran; exec /usr/bin/grep \"$@\"");
 
-    Press(m_page, "btnUsbTest");
+    Press(m_page.get(), "btnUsbTest");
 
     QVERIFY(Field(Usb)->text().contains(" 0 "));
     QVERIFY(!QFile::exists("/tmp/grep-ran"));
@@ -230,7 +210,7 @@ void BasicTesterTest::usbListThatIsAFolderCountsNothing()
     QDir().mkpath("/proc/scsi/usb-storage");
     QDir().mkpath("/proc/scsi/scsi");
 
-    Press(m_page, "btnUsbTest");
+    Press(m_page.get(), "btnUsbTest");
 
     QVERIFY(Field(Usb)->text().contains(" 0 "));
 }
@@ -242,7 +222,7 @@ void BasicTesterTest::usbShowsThatItIsDetecting()
     connect(Field(Usb), &QLineEdit::textChanged, this,
             [&shown](const QString& text) { shown += text; });
 
-    Press(m_page, "btnUsbTest");
+    Press(m_page.get(), "btnUsbTest");
 
     QCOMPARE(shown.size(), 2);
     QCOMPARE(shown[0], QString("Detecting..."));
@@ -268,7 +248,7 @@ void BasicTesterTest::sdCountLeavesOutTheBoardsOwnEmmc()
     QFETCH(int, count);
     Board::Become(board);
 
-    Press(m_page, "btnSdCardTest");
+    Press(m_page.get(), "btnSdCardTest");
 
     QCOMPARE(Field(SdCard)->text(),
              QString("Detected that there is(are) %1 SD card inserted!").arg(count));
@@ -278,7 +258,7 @@ void BasicTesterTest::sdPartitionsAreNoCards()
 {
     Board::Become("mmc 0 0p1 0p2 1p1\n");
 
-    Press(m_page, "btnSdCardTest");
+    Press(m_page.get(), "btnSdCardTest");
 
     QVERIFY(Field(SdCard)->text().contains(" 0 "));
 }
@@ -286,11 +266,11 @@ void BasicTesterTest::sdPartitionsAreNoCards()
 void BasicTesterTest::storageRowsCheckAgainAndStayBlack()
 {
     Board::Become("mmc 0 1\n");
-    Press(m_page, "btnSdCardTest");
+    Press(m_page.get(), "btnSdCardTest");
     QVERIFY(Field(SdCard)->text().contains(" 1 "));
 
     Board::Become("mmc 0\n");
-    Press(m_page, "btnSdCardTest");
+    Press(m_page.get(), "btnSdCardTest");
 
     QVERIFY(Field(SdCard)->text().contains(" 0 "));
     QCOMPARE(TextColour(Field(SdCard)), black);
@@ -300,7 +280,7 @@ void BasicTesterTest::ethernetAnswerIsNormal()
 {
     Board::Become("link eth0 192.168.10.2 192.168.10.1\n");
 
-    Press(m_page, "btnEmmcTest");
+    Press(m_page.get(), "btnEmmcTest");
 
     QCOMPARE(Field(Ethernet)->text(), QString("Normal!"));
     QCOMPARE(TextColour(Field(Ethernet)), green);
@@ -328,7 +308,7 @@ void BasicTesterTest::ethernetWithoutAnswerIsAbnormal()
     Board::Become(board);
     Field(Ethernet)->setText(target);
 
-    Press(m_page, "btnEmmcTest");
+    Press(m_page.get(), "btnEmmcTest");
 
     QCOMPARE(Field(Ethernet)->text(), QString("Abnormal!"));
     QCOMPARE(TextColour(Field(Ethernet)), red);
@@ -350,7 +330,7 @@ void BasicTesterTest::ethernetTargetOfOtherFormIsLeftAlone()
     Board::PutTool("ping", "touch /tmp/ping-ran");
     Field(Ethernet)->setText(target);
 
-    Press(m_page, "btnEmmcTest");
+    Press(m_page.get(), "btnEmmcTest");
 
     QCOMPARE(Field(Ethernet)->text(), target);
     QCOMPARE(TextColour(Field(Ethernet)), black);
@@ -360,10 +340,10 @@ void BasicTesterTest::ethernetTargetOfOtherFormIsLeftAlone()
 void BasicTesterTest::ethernetVerdictIsNoTarget()
 {
     Board::Become("link eth0 192.168.10.2 192.168.10.1\n");
-    Press(m_page, "btnEmmcTest");
+    Press(m_page.get(), "btnEmmcTest");
     Board::PutTool("ping", "touch /tmp/ping-ran");
 
-    Press(m_page, "btnEmmcTest");
+    Press(m_page.get(), "btnEmmcTest");
 
     QCOMPARE(Field(Ethernet)->text(), QString("Normal!"));
     QVERIFY(!QFile::exists("/tmp/ping-ran"));
@@ -401,7 +381,7 @@ void BasicTesterTest::everyWordingOfAPingIsJudged()
     Board::PutTool("ping", ". \"$BOARD_HOME/record.sh\"\nprintf '%b' '" + output + "'\nexit " +
                                QByteArray::number(exitCode));
 
-    Press(m_page, "btnEmmcTest");
+    Press(m_page.get(), "btnEmmcTest");
 
     QCOMPARE(Field(Ethernet)->text(), QString(good ? "Normal!" : "Abnormal!"));
     QCOMPARE(Board::Calls(), QStringList("ping -I eth0 192.168.10.1 -w 2 -c 2"));
@@ -412,7 +392,7 @@ void BasicTesterTest::busyBoxPingIsUnderstood()
     Board::Become("link eth0 192.168.10.2 192.168.10.1\n");
     Board::PutTool("ping", "exec busybox ping \"$@\"");
 
-    Press(m_page, "btnEmmcTest");
+    Press(m_page.get(), "btnEmmcTest");
 
     QCOMPARE(Field(Ethernet)->text(), QString("Normal!"));
 }
@@ -422,7 +402,7 @@ void BasicTesterTest::missingPingIsAbnormal()
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", "/nowhere");
 
-    Press(m_page, "btnEmmcTest");
+    Press(m_page.get(), "btnEmmcTest");
     qputenv("PATH", path);
 
     QCOMPARE(Field(Ethernet)->text(), QString("Abnormal!"));
@@ -434,7 +414,7 @@ void BasicTesterTest::hangingPingIsGivenUp()
     QElapsedTimer timer;
     timer.start();
 
-    Press(m_page, "btnEmmcTest");
+    Press(m_page.get(), "btnEmmcTest");
 
     QCOMPARE(Field(Ethernet)->text(), QString("Abnormal!"));
     QVERIFY(timer.elapsed() >= 30000);
@@ -445,7 +425,7 @@ void BasicTesterTest::pingTargetNeverReachesAShell()
 {
     Field(Ethernet)->setText("1.2.3.4;touch${IFS}/tmp/ran;$(touch /tmp/ran)`touch /tmp/ran`");
 
-    Press(m_page, "btnEmmcTest");
+    Press(m_page.get(), "btnEmmcTest");
 
     QCOMPARE(Field(Ethernet)->text(), QString("Abnormal!"));
     QVERIFY(!QFile::exists("/tmp/ran"));
@@ -471,7 +451,7 @@ void BasicTesterTest::mobileWithoutAModemWritesNothing()
     Board::Become(board);
     const bool isFile = QFile::exists("/dev/ttyUSB1");
 
-    Press(m_page, "btn4gTest");
+    Press(m_page.get(), "btn4gTest");
 
     QCOMPARE(Field(Mobile)->text(), verdict);
     // A file there would keep the modem's own device from coming up.
@@ -488,7 +468,7 @@ void BasicTesterTest::mobileSwitchesTheModemOnceInARun()
     // The board's echo knows -e; this machine's sh prints it.
     const QByteArray command = "AT+QNETDEVCTL=3,1,1\r\n\n";
 
-    Press(m_page, "btn4gTest");
+    Press(m_page.get(), "btn4gTest");
 
     QCOMPARE(Field(Mobile)->text(), QString("Normal!"));
     QCOMPARE(TextColour(Field(Mobile)), green);
@@ -496,7 +476,7 @@ void BasicTesterTest::mobileSwitchesTheModemOnceInARun()
     QTRY_VERIFY(Board::ReadFile("/run/board/received/modem").endsWith(command));
 
     Rebuild();
-    Press(m_page, "btn4gTest");
+    Press(m_page.get(), "btn4gTest");
     QCOMPARE(Field(Mobile)->text(), QString("Normal!"));
     QCOMPARE(Board::ReadFile("/run/board/received/modem").count("AT+"), 1);
 }
@@ -504,10 +484,10 @@ void BasicTesterTest::mobileSwitchesTheModemOnceInARun()
 void BasicTesterTest::mobileVerdictIsPingedAsAName()
 {
     Board::Become("link usb0 10.64.64.2 10.64.64.1\nhost dns.alidns.com 223.5.5.5\n");
-    Press(m_page, "btn4gTest");
+    Press(m_page.get(), "btn4gTest");
     QCOMPARE(Field(Mobile)->text(), QString("Normal!"));
 
-    Press(m_page, "btn4gTest");
+    Press(m_page.get(), "btn4gTest");
 
     QCOMPARE(Field(Mobile)->text(), QString("Abnormal!"));
     QCOMPARE(TextColour(Field(Mobile)), red);
@@ -518,7 +498,7 @@ void BasicTesterTest::mobileTargetIsNotCheckedForItsForm()
     Board::PutTool("ping", ". \"$BOARD_HOME/record.sh\"\necho ttl=1");
     Field(Mobile)->setText("");
 
-    Press(m_page, "btn4gTest");
+    Press(m_page.get(), "btn4gTest");
 
     QCOMPARE(Board::Calls(), QStringList("ping -I usb0 -w 2 -c 2"));
 }

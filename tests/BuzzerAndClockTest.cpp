@@ -1,15 +1,14 @@
-#include "frame/MoskSettings.h"
 #include "pages/BasicTester.h"
 #include "simulated-board/Board.h"
 #include "simulated-board/PseudoTerminal.h"
-#include "tests/Operate.h"
+#include "tests/OpenDescriptors.h"
+#include "tests/PageFixture.h"
 
 #include <QDateTime>
 #include <QDir>
 
 #include <cerrno>
 #include <ctime>
-#include <memory>
 #include <optional>
 
 #include <fcntl.h>
@@ -59,11 +58,6 @@ void SendDirectly(const QByteArray& bytes)
     QCOMPARE(file.write(bytes), qint64(bytes.size()));
 }
 
-int Descriptors()
-{
-    return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
-}
-
 QDateTime Time(const QString& text)
 {
     return QDateTime::fromString(text, "yyyy-MM-dd hh:mm:ss");
@@ -82,12 +76,11 @@ extern "C" int settimeofday(const timeval* time, const struct timezone* zone) no
     return 0;
 }
 
-class BuzzerAndClockTest : public QObject
+class BuzzerAndClockTest : public PageFixture<BasicTester>
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -125,23 +118,14 @@ private slots:
     void controllerFindsTheFrameInTheStream();
 
 private:
-    void Rebuild();
     QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page.get(), row, 1); }
-
-    std::unique_ptr<BasicTester> m_page;
 };
-
-void BuzzerAndClockTest::initTestCase()
-{
-    ApplyStyleSheet();
-}
 
 void BuzzerAndClockTest::init()
 {
     Board::Become("language english\nport ttyS5 controller\n");
     Board::ForgetCalls();
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     s_clock.reset();
     s_clockIsRefused = false;
     QTRY_VERIFY(QFile::exists("/run/board/received/controller"));
@@ -152,15 +136,6 @@ void BuzzerAndClockTest::cleanup()
 {
     m_page.reset();
     Board::RemoveTools();
-}
-
-void BuzzerAndClockTest::Rebuild()
-{
-    m_page.reset();
-    m_page = std::make_unique<BasicTester>(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
 }
 
 void BuzzerAndClockTest::buzzerGoesOnAndOff()
@@ -189,8 +164,7 @@ void BuzzerAndClockTest::buzzerBytesAreTheControllers()
 
 void BuzzerAndClockTest::buzzerSpeaksChinese()
 {
-    MoskSettings::GetInstance()->SetValue("Language", "chinese");
-    MoskTranslator::Reload();
+    Speak("chinese");
     Rebuild();
 
     Press(m_page.get(), "btnBeepTest");
@@ -309,13 +283,13 @@ void BuzzerAndClockTest::buzzerLeavesTheLineAsItIs()
 
 void BuzzerAndClockTest::fiveHundredPressesLeaveNoDescriptor()
 {
-    const int before = Descriptors();
+    const int before = OpenDescriptors();
 
     for (int i = 0; i < 500; ++i) {
         Press(m_page.get(), "btnBeepTest");
     }
 
-    QCOMPARE(Descriptors(), before);
+    QCOMPARE(OpenDescriptors(), before);
     QTRY_COMPARE(Controller("accepted"), QString("500"));
     QCOMPARE(Controller("refused"), QString("0"));
     QCOMPARE(Controller("buzzer"), QString("off"));

@@ -1,12 +1,11 @@
 #include "pages/CameraTester.h"
-#include "frame/MoskSettings.h"
 #include "simulated-board/Board.h"
-#include "tests/Operate.h"
+#include "tests/OpenDescriptors.h"
+#include "tests/PageFixture.h"
 
 #include <QCameraInfo>
 #include <QCameraViewfinder>
 #include <QComboBox>
-#include <QDir>
 #include <QPushButton>
 
 #include <memory>
@@ -48,7 +47,7 @@ int KernelCamera()
 
 } // namespace
 
-class CameraTesterTest : public QObject
+class CameraTesterTest : public PageFixture<CameraTester>
 {
     Q_OBJECT
 
@@ -81,17 +80,13 @@ private slots:
     void cameraOfTheKernelShowsAPicture();
 
 private:
-    void Rebuild();
     QComboBox* Selector() { return InGrid<QComboBox>(m_page.get(), 1, 0); }
     QCameraViewfinder* Viewfinder() { return InGrid<QCameraViewfinder>(m_page.get(), 0, 0); }
     QColor Picture();
-
-    std::unique_ptr<CameraTester> m_page;
 };
 
 void CameraTesterTest::initTestCase()
 {
-    ApplyStyleSheet();
     qInfo("Cameras: those of the simulated board%s",
           KernelCamera() >= 0 ? ", and the kernel's" : "; the kernel here has none");
 }
@@ -99,23 +94,13 @@ void CameraTesterTest::initTestCase()
 void CameraTesterTest::init()
 {
     Board::Become("language english\n" + twoCameras);
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     Rebuild();
 }
 
 void CameraTesterTest::cleanup()
 {
     m_page.reset();
-}
-
-void CameraTesterTest::Rebuild()
-{
-    m_page.reset();
-    m_page = std::make_unique<CameraTester>(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
 }
 
 /// The colour in the middle of the viewfinder.
@@ -142,8 +127,7 @@ void CameraTesterTest::layoutHasThePictureAboveTheSelector()
     QFETCH(QString, language);
     QFETCH(QString, open);
     QFETCH(QString, close);
-    MoskSettings::GetInstance()->SetValue("Language", language);
-    MoskTranslator::Reload();
+    Speak(language);
     Rebuild();
 
     QVERIFY(Viewfinder() != nullptr);
@@ -349,7 +333,7 @@ void CameraTesterTest::manyOpeningsLeaveNothingBehind()
     QTRY_COMPARE(Picture(), front);
     const int widgets = QApplication::allWidgets().size();
     const int objects = m_page->findChildren<QObject*>().size();
-    const int descriptors = QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
+    const int descriptors = OpenDescriptors();
 
     for (int i = 0; i < 100; ++i) {
         Press(m_page.get(), "btnopen");
@@ -358,7 +342,7 @@ void CameraTesterTest::manyOpeningsLeaveNothingBehind()
 
     QCOMPARE(QApplication::allWidgets().size(), widgets);
     QCOMPARE(m_page->findChildren<QObject*>().size(), objects);
-    QCOMPARE(QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size(), descriptors);
+    QCOMPARE(OpenDescriptors(), descriptors);
     Press(m_page.get(), "btnclose");
     QCOMPARE(Uses().count("open video0"), 101);
     QCOMPARE(Uses().count("close video0"), 101);

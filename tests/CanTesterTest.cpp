@@ -1,11 +1,10 @@
 #include "pages/CanTester.h"
 
-#include "frame/MoskSettings.h"
 #include "instruments/ReceiveView.h"
 #include "pages/CanThread.h"
 #include "simulated-board/Board.h"
 #include "tests/CanBus.h"
-#include "tests/Operate.h"
+#include "tests/PageFixture.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -56,7 +55,7 @@ can_frame Frame(canid_t identifier, const QByteArray& bytes)
 
 } // namespace
 
-class CanTesterTest : public QObject
+class CanTesterTest : public PageFixture<CanTester>
 {
     Q_OBJECT
 
@@ -96,7 +95,6 @@ private slots:
     void opensAndClosesForEver();
 
 private:
-    void Rebuild();
     QPushButton* OpenButton() { return m_page->findChild<QPushButton*>("btnOpenCom"); }
     QString Received()
     {
@@ -107,7 +105,6 @@ private:
     void Open();
 
     std::unique_ptr<CanBus> m_bus;
-    std::unique_ptr<CanTester> m_page;
 };
 
 void CanTesterTest::initTestCase()
@@ -118,8 +115,7 @@ void CanTesterTest::initTestCase()
 void CanTesterTest::init()
 {
     Board::Become("language english\n");
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     m_bus = CanBus::Create();
     Rebuild();
 }
@@ -128,14 +124,6 @@ void CanTesterTest::cleanup()
 {
     m_page.reset();
     m_bus.reset();
-}
-
-void CanTesterTest::Rebuild()
-{
-    m_page.reset();
-    m_page = std::make_unique<CanTester>(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
 }
 
 void CanTesterTest::Open()
@@ -174,8 +162,7 @@ void CanTesterTest::rowsStandAsDesigned()
 
 void CanTesterTest::pageIsInTheLanguageOfTheProgram()
 {
-    MoskSettings::GetInstance()->SetValue("Language", "chinese");
-    MoskTranslator::Reload();
+    Speak("chinese");
     QCOMPARE(OpenButton()->text(), QString("Open"));
     Press(m_page.get(), "btnOpenCom");
     QCOMPARE(OpenButton()->text(), QString::fromUtf8("关闭"));

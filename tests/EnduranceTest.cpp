@@ -1,6 +1,6 @@
 #include "frame/BodyWidget.h"
-#include "frame/MoskSettings.h"
 #include "frame/MoskTester.h"
+#include "tests/OpenDescriptors.h"
 #include "tests/Operate.h"
 
 #include <QComboBox>
@@ -24,9 +24,9 @@ struct Footprint {
     qint64 memory = 0;
 };
 
-int EntriesOf(const QString& path)
+int Threads()
 {
-    return QDir(path).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size();
+    return QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
 }
 
 Footprint Measure()
@@ -35,7 +35,7 @@ Footprint Measure()
     const size_t memory = __sanitizer_get_current_allocated_bytes != nullptr
                               ? __sanitizer_get_current_allocated_bytes()
                               : mallinfo2().uordblks;
-    return {EntriesOf("/proc/self/fd"), EntriesOf("/proc/self/task"), static_cast<qint64>(memory)};
+    return {OpenDescriptors(), Threads(), static_cast<qint64>(memory)};
 }
 
 } // namespace
@@ -60,8 +60,7 @@ private:
 void EnduranceTest::init()
 {
     ApplyStyleSheet();
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     m_window = std::make_unique<MoskTester>();
     g_mainwnd = m_window.get();
     m_window->show();

@@ -1,5 +1,4 @@
 #include "frame/BodyWidget.h"
-#include "frame/MoskSettings.h"
 #include "frame/MoskTester.h"
 #include "pages/BasicTester.h"
 #include "simulated-board/Board.h"
@@ -113,8 +112,7 @@ void KeyboardPanelTest::initTestCase()
     Board::Become("language english\n");
     // The pictures that are compared do not blink.
     QApplication::setCursorFlashTime(0);
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     g_mainwnd = new MoskTester;
     m_window = g_mainwnd;
 }

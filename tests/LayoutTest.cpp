@@ -1,5 +1,4 @@
 #include "frame/BodyWidget.h"
-#include "frame/MoskSettings.h"
 #include "frame/MoskTester.h"
 #include "instruments/MessageBoxes.h"
 #include "tests/Operate.h"
@@ -11,12 +10,6 @@
 /// Checks what an operator sees of every page: nothing is cut, covered or outside the window.
 namespace
 {
-
-void Speak(const QString& language)
-{
-    MoskSettings::GetInstance()->SetValue("Language", language);
-    MoskTranslator::Reload();
-}
 
 QRect PlaceIn(const QWidget& window, const QWidget* widget)
 {

@@ -1,6 +1,5 @@
 #include "frame/BodyWidget.h"
 #include "frame/HeadWidget.h"
-#include "frame/MoskSettings.h"
 #include "frame/MoskTester.h"
 #include "frame/MoskUtility.h"
 #include "frame/StartPage.h"
@@ -67,8 +66,7 @@ void MainWindowTest::initTestCase()
 
 void MainWindowTest::init()
 {
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     m_window = std::make_unique<MoskTester>();
     m_window->resize(1024, 600);
     m_window->show();
@@ -324,8 +322,7 @@ void MainWindowTest::translateBuildsThePageAnew()
 {
     ClickTab(1);
     m_window->findChild<BasicTester*>()->findChild<QLineEdit*>()->setText("typed");
-    MoskSettings::GetInstance()->SetValue("Language", "chinese");
-    MoskTranslator::Reload();
+    Speak("chinese");
     QCOMPARE(Menu()->tabText(1), QString("Basic"));
 
     m_window->TranslateUI();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "frame/MoskSettings.h"
 #include "frame/MoskTranslator.h"
 
 #include <QAbstractButton>
@@ -16,6 +17,13 @@
 inline QString Text(const char* key)
 {
     return MoskTranslator::Translate(key);
+}
+
+/// Chooses the program's language: what is built from now on speaks it.
+inline void Speak(const QString& language)
+{
+    MoskSettings::GetInstance()->SetValue("Language", language);
+    MoskTranslator::Reload();
 }
 
 /// Gives the application the program's look.

@@ -1,13 +1,12 @@
 #include "pages/ProductionTester.h"
 
-#include "frame/MoskSettings.h"
 #include "instruments/ReceiveView.h"
 #include "simulated-board/Board.h"
 #include "simulated-board/PseudoTerminal.h"
 #include "simulated-board/devices/FlashingLog.h"
-#include "tests/Operate.h"
+#include "tests/OpenDescriptors.h"
+#include "tests/PageFixture.h"
 
-#include <QDir>
 #include <QPushButton>
 #include <QSerialPort>
 #include <QSignalSpy>
@@ -80,19 +79,13 @@ QList<QColor> LineColours(const QTextEdit& view)
     return colours;
 }
 
-int OpenDescriptors()
-{
-    return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
-}
-
 } // namespace
 
-class ProductionTesterTest : public QObject
+class ProductionTesterTest : public PageFixture<ToolProductionTest>
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -139,7 +132,6 @@ private slots:
     void resetsForEver();
 
 private:
-    void Rebuild();
     void WaitForThePort(const QString& result);
     void Play(const QByteArray& log, unsigned seed, int largestChunk);
     QTextEdit* View(int index)
@@ -162,34 +154,19 @@ private:
     {
         return m_page->findChild<QPushButton*>(name)->grab().toImage().pixelColor(5, 25);
     }
-
-    std::unique_ptr<ToolProductionTest> m_page;
 };
-
-void ProductionTesterTest::initTestCase()
-{
-    ApplyStyleSheet();
-}
 
 void ProductionTesterTest::init()
 {
     Board::Become("language english\n");
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
-    Rebuild();
+    Speak("english");
+    ShowNewPage();
 }
 
 void ProductionTesterTest::cleanup()
 {
     m_page.reset();
     QFile::remove("a40ilog.txt");
-}
-
-void ProductionTesterTest::Rebuild()
-{
-    m_page = std::make_unique<ToolProductionTest>(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
 }
 
 /// Waits until the page has tried its port, and checks the result that it shows.
@@ -242,9 +219,8 @@ void ProductionTesterTest::pageStandsAsDesigned()
 
 void ProductionTesterTest::pageIsInTheLanguageOfTheProgram()
 {
-    MoskSettings::GetInstance()->SetValue("Language", "chinese");
-    MoskTranslator::Reload();
-    Rebuild();
+    Speak("chinese");
+    ShowNewPage();
     QCOMPARE(m_page->findChild<QPushButton*>("btnSummary")->text(), QString::fromUtf8("摘要"));
     QCOMPARE(m_page->findChild<QPushButton*>("btnDetail")->text(), QString::fromUtf8("详情"));
     QCOMPARE(m_page->findChild<QPushButton*>("btnReset")->text(), QString::fromUtf8("重置"));
@@ -480,7 +456,7 @@ void ProductionTesterTest::simulatedBoardWaitsForThePage()
     QCOMPARE(poll(&state, 1, 1000), 0);
     close(port);
 
-    Rebuild();
+    ShowNewPage();
 
     QTRY_COMPARE_WITH_TIMEOUT(Summary(), opened + ResultsOf({}), 60000);
     // What is put on the bench at Reset is another board.

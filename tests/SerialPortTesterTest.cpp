@@ -1,13 +1,12 @@
 #include "pages/SerialPortTester.h"
 
-#include "frame/MoskSettings.h"
 #include "instruments/ReceiveView.h"
 #include "simulated-board/Board.h"
 #include "simulated-board/PseudoTerminal.h"
-#include "tests/Operate.h"
+#include "tests/OpenDescriptors.h"
+#include "tests/PageFixture.h"
 
 #include <QComboBox>
-#include <QDir>
 #include <QLabel>
 #include <QPushButton>
 #include <QSerialPort>
@@ -17,7 +16,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <memory>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -26,11 +24,6 @@ namespace
 {
 
 const QByteArray you = "\xe4\xbd\xa0"; // 你
-
-int OpenDescriptors()
-{
-    return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
-}
 
 /// Another program, such as a getty, that reads the port too. It opened the port before the page
 /// did, and is always faster. Its reading leaves `lastError` in errno.
@@ -63,7 +56,7 @@ private:
 
 } // namespace
 
-class SerialPortTesterTest : public QObject
+class SerialPortTesterTest : public PageFixture<SerialPortTester>
 {
     Q_OBJECT
 
@@ -117,19 +110,13 @@ private:
     QSerialPort* Port() { return m_page->findChild<QSerialPort*>(); }
     void Type(const QString& text) { m_page->findChild<QLineEdit*>()->setText(text); }
     void Open();
-
-    std::unique_ptr<SerialPortTester> m_page;
 };
 
 void SerialPortTesterTest::init()
 {
     Board::Become("language english\n");
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
-    m_page = std::make_unique<SerialPortTester>(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
+    Speak("english");
+    Rebuild();
 }
 
 void SerialPortTesterTest::cleanup()
@@ -182,8 +169,7 @@ void SerialPortTesterTest::rowsStandAsDesigned()
 void SerialPortTesterTest::textsAreInTheLanguageOfTheirTime()
 {
     PseudoTerminal terminal("/dev/ttyS2");
-    MoskSettings::GetInstance()->SetValue("Language", "chinese");
-    MoskTranslator::Reload();
+    Speak("chinese");
     QCOMPARE(OpenButton()->text(), QString("Open"));
     Press(m_page.get(), "btnOpenCom");
     QCOMPARE(OpenButton()->text(), QString::fromUtf8("关闭"));

@@ -1,8 +1,8 @@
 #include "pages/SqlTester.h"
 #include "frame/BodyWidget.h"
-#include "frame/MoskSettings.h"
 #include "simulated-board/Board.h"
-#include "tests/Operate.h"
+#include "tests/OpenDescriptors.h"
+#include "tests/PageFixture.h"
 
 #include <QDir>
 #include <QHeaderView>
@@ -11,8 +11,6 @@
 #include <QPushButton>
 #include <QTableView>
 #include <QVBoxLayout>
-
-#include <memory>
 
 namespace
 {
@@ -56,19 +54,13 @@ void FillTheStorage()
     }
 }
 
-int Descriptors()
-{
-    return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System).size();
-}
-
 } // namespace
 
-class SqlTesterTest : public QObject
+class SqlTesterTest : public PageFixture<SqlTester>
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -94,7 +86,6 @@ private slots:
     void repairedStoragePassesAgain();
 
 private:
-    void Rebuild();
     QWidget* Steps() { return m_page->layout()->itemAt(0)->widget(); }
     QLineEdit* Field(Row row) { return InGrid<QLineEdit>(Steps(), row, 1); }
     QTableView* Result() { return m_page->findChild<QTableView*>(); }
@@ -102,20 +93,13 @@ private:
     void Test() { QTest::mouseClick(InGrid<QPushButton>(Steps(), 0, 2), Qt::LeftButton); }
     void CompareVerdicts(const QList<bool>& passed);
 
-    std::unique_ptr<SqlTester> m_page;
     bool m_mounted = false;
 };
-
-void SqlTesterTest::initTestCase()
-{
-    ApplyStyleSheet();
-}
 
 void SqlTesterTest::init()
 {
     Board::Become("language english\n");
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     QProcess::execute("rm", {"-rf", database});
     Rebuild();
 }
@@ -127,15 +111,6 @@ void SqlTesterTest::cleanup()
         QCOMPARE(QProcess::execute("umount", {"/var/log"}), 0);
         m_mounted = false;
     }
-}
-
-void SqlTesterTest::Rebuild()
-{
-    m_page.reset();
-    m_page = std::make_unique<SqlTester>(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
 }
 
 QStringList SqlTesterTest::ResultRows()
@@ -184,8 +159,7 @@ void SqlTesterTest::layoutHasTheStepsAboveTheResult()
     QFETCH(QStringList, labels);
     QFETCH(QString, button);
     QFETCH(QString, result);
-    MoskSettings::GetInstance()->SetValue("Language", language);
-    MoskTranslator::Reload();
+    Speak(language);
     Rebuild();
 
     QCOMPARE(m_page->layout()->contentsMargins(), QMargins(40, 20, 40, 20));
@@ -243,8 +217,7 @@ void SqlTesterTest::resultIsTheRowsThatAreLeft()
 
 void SqlTesterTest::namesAreOfTheLanguage()
 {
-    MoskSettings::GetInstance()->SetValue("Language", "chinese");
-    MoskTranslator::Reload();
+    Speak("chinese");
     Rebuild();
 
     Test();
@@ -324,7 +297,7 @@ void SqlTesterTest::runsAndPageChangesLeaveNothingToWarnOf()
     BodyWidget body(nullptr);
     body.resize(1024, 550);
     body.show();
-    const int before = Descriptors();
+    const int before = OpenDescriptors();
     s_warnings.clear();
     const QtMessageHandler handler = qInstallMessageHandler(KeepWarnings);
 
@@ -342,7 +315,7 @@ void SqlTesterTest::runsAndPageChangesLeaveNothingToWarnOf()
     qInstallMessageHandler(handler);
 
     QVERIFY2(s_warnings.isEmpty(), qPrintable(s_warnings.join('\n')));
-    QCOMPARE(Descriptors(), before);
+    QCOMPARE(OpenDescriptors(), before);
 }
 
 void SqlTesterTest::storageThatCannotBeWrittenFailsEachStep_data()

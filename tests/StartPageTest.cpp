@@ -4,7 +4,7 @@
 #include "frame/MoskSettings.h"
 #include "frame/MoskTester.h"
 #include "simulated-board/Board.h"
-#include "tests/Operate.h"
+#include "tests/PageFixture.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -23,7 +23,7 @@ const char* const recordedTouch = ". \"$BOARD_HOME/record.sh\"\nexec /usr/bin/to
 
 } // namespace
 
-class StartPageTest : public QObject
+class StartPageTest : public PageFixture<StartPage>
 {
     Q_OBJECT
 
@@ -45,19 +45,13 @@ private slots:
     void cancelledFinishDoesNothing();
     void confirmedFinishLeavesItsMarker();
     void confirmedSwitchIsAskedOnceInARun();
-
-private:
-    StartPage* NewPage();
-
-    std::unique_ptr<StartPage> m_page;
 };
 
 void StartPageTest::init()
 {
     Board::Become("language english\n");
     Board::ForgetCalls();
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
 }
 
 void StartPageTest::cleanup()
@@ -66,35 +60,27 @@ void StartPageTest::cleanup()
     Board::RemoveTools();
 }
 
-StartPage* StartPageTest::NewPage()
-{
-    m_page = std::make_unique<StartPage>(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
-    return m_page.get();
-}
-
 void StartPageTest::layoutIsAGridOfRows()
 {
-    StartPage* page = NewPage();
+    Rebuild();
 
-    QCOMPARE(page->layout()->contentsMargins(), QMargins(40, 40, 40, 40));
-    QCOMPARE(InGrid<QLabel>(page, 0, 0)->text(), QString("Language:"));
-    QCOMPARE(InGrid<QLabel>(page, 0, 0)->size(), QSize(80, 30));
-    QCOMPARE(InGrid<QComboBox>(page, 0, 1)->size(), QSize(180, 30));
-    QCOMPARE(InGrid<QComboBox>(page, 0, 1)->itemText(0), QString::fromUtf8("中文"));
-    QCOMPARE(InGrid<QComboBox>(page, 0, 1)->itemText(1), QString("English"));
-    QCOMPARE(InGrid<QLabel>(page, 1, 0)->text(), QString("Version:"));
-    QCOMPARE(InGrid<QLabel>(page, 1, 1)->text(), QString("Tue Oct 18 10:21:07 CST 2022"));
-    QCOMPARE(InGrid<QLabel>(page, 2, 0)->text(), QString("Website:"));
-    QCOMPARE(InGrid<QLabel>(page, 2, 1)->text(), Text("Label_1000202"));
-    QCOMPARE(InGrid<QPushButton>(page, 3, 0)->objectName(), QString("btnReboot"));
-    QCOMPARE(InGrid<QPushButton>(page, 3, 0)->size(), QSize(100, 40));
-    QCOMPARE(InGrid<QPushButton>(page, 3, 1)->objectName(), QString("btnSwitchHMI"));
-    QCOMPARE(InGrid<QPushButton>(page, 3, 1)->text(), QString("Switch"));
-    QCOMPARE(InGrid<QPushButton>(page, 4, 0)->objectName(), QString("btnTestEnd"));
-    QCOMPARE(InGrid<QPushButton>(page, 4, 0)->text(), QString("Finished"));
-    QVERIFY(InGrid<QWidget>(page, 5, 2) != nullptr);
+    QCOMPARE(m_page->layout()->contentsMargins(), QMargins(40, 40, 40, 40));
+    QCOMPARE(InGrid<QLabel>(m_page.get(), 0, 0)->text(), QString("Language:"));
+    QCOMPARE(InGrid<QLabel>(m_page.get(), 0, 0)->size(), QSize(80, 30));
+    QCOMPARE(InGrid<QComboBox>(m_page.get(), 0, 1)->size(), QSize(180, 30));
+    QCOMPARE(InGrid<QComboBox>(m_page.get(), 0, 1)->itemText(0), QString::fromUtf8("中文"));
+    QCOMPARE(InGrid<QComboBox>(m_page.get(), 0, 1)->itemText(1), QString("English"));
+    QCOMPARE(InGrid<QLabel>(m_page.get(), 1, 0)->text(), QString("Version:"));
+    QCOMPARE(InGrid<QLabel>(m_page.get(), 1, 1)->text(), QString("Tue Oct 18 10:21:07 CST 2022"));
+    QCOMPARE(InGrid<QLabel>(m_page.get(), 2, 0)->text(), QString("Website:"));
+    QCOMPARE(InGrid<QLabel>(m_page.get(), 2, 1)->text(), Text("Label_1000202"));
+    QCOMPARE(InGrid<QPushButton>(m_page.get(), 3, 0)->objectName(), QString("btnReboot"));
+    QCOMPARE(InGrid<QPushButton>(m_page.get(), 3, 0)->size(), QSize(100, 40));
+    QCOMPARE(InGrid<QPushButton>(m_page.get(), 3, 1)->objectName(), QString("btnSwitchHMI"));
+    QCOMPARE(InGrid<QPushButton>(m_page.get(), 3, 1)->text(), QString("Switch"));
+    QCOMPARE(InGrid<QPushButton>(m_page.get(), 4, 0)->objectName(), QString("btnTestEnd"));
+    QCOMPARE(InGrid<QPushButton>(m_page.get(), 4, 0)->text(), QString("Finished"));
+    QVERIFY(InGrid<QWidget>(m_page.get(), 5, 2) != nullptr);
 }
 
 void StartPageTest::languageShowsTheSetting_data()
@@ -114,7 +100,8 @@ void StartPageTest::languageShowsTheSetting()
     QFETCH(int, index);
     MoskSettings::GetInstance()->SetValue("Language", language);
 
-    QCOMPARE(InGrid<QComboBox>(NewPage(), 0, 1)->currentIndex(), index);
+    Rebuild();
+    QCOMPARE(InGrid<QComboBox>(m_page.get(), 0, 1)->currentIndex(), index);
     QCOMPARE(MoskSettings::GetInstance()->GetValue("Language"), language);
 }
 
@@ -168,13 +155,15 @@ void StartPageTest::versionIsTheEndOfTheKernels()
     QFETCH(QString, shown);
     Board::WriteFile("/proc/version", kernel);
 
-    QCOMPARE(InGrid<QLabel>(NewPage(), 1, 1)->text(), shown);
+    Rebuild();
+    QCOMPARE(InGrid<QLabel>(m_page.get(), 1, 1)->text(), shown);
 }
 
 void StartPageTest::versionWithoutTheFileIsBuiltIn()
 {
     QVERIFY(QFile::remove("/proc/version"));
-    QCOMPARE(NewPage()->GetOsVersion(), builtInVersion);
+    Rebuild();
+    QCOMPARE(m_page->GetOsVersion(), builtInVersion);
 
     QVERIFY(QDir().mkdir("/proc/version"));
     QCOMPARE(m_page->GetOsVersion(), builtInVersion);
@@ -183,7 +172,8 @@ void StartPageTest::versionWithoutTheFileIsBuiltIn()
 
 void StartPageTest::rebootFlushesThenReboots()
 {
-    Press(NewPage(), "btnReboot");
+    Rebuild();
+    Press(m_page.get(), "btnReboot");
 
     QCOMPARE(Board::Calls(), QStringList({"sync", "reboot"}));
 }
@@ -192,7 +182,8 @@ void StartPageTest::finishedTestLeavesOnlyTheRebootButton()
 {
     Board::WriteFile("/etc/qttestend", {});
 
-    const auto buttons = NewPage()->findChildren<QPushButton*>();
+    Rebuild();
+    const auto buttons = m_page->findChildren<QPushButton*>();
     QCOMPARE(buttons.size(), 1);
     QCOMPARE(buttons[0]->objectName(), QString("btnReboot"));
     QVERIFY(InGrid<QWidget>(m_page.get(), 4, 2) != nullptr);
@@ -202,12 +193,13 @@ void StartPageTest::folderOfTheMarkersNameIsNoMarker()
 {
     QDir().mkdir("/etc/qttestend");
 
-    QCOMPARE(NewPage()->findChildren<QPushButton*>().size(), 3);
+    Rebuild();
+    QCOMPARE(m_page->findChildren<QPushButton*>().size(), 3);
 }
 
 void StartPageTest::cancelledFinishDoesNothing()
 {
-    StartPage* page = NewPage();
+    Rebuild();
     AtTheBox(QMessageBox::No, [](QMessageBox& box) {
         QCOMPARE(box.text(), QString("Confirm that the testing has been completed?"));
         QCOMPARE(box.windowTitle(), QString());
@@ -219,7 +211,7 @@ void StartPageTest::cancelledFinishDoesNothing()
                          "font-size: 24px; }"));
     });
 
-    Press(page, "btnTestEnd");
+    Press(m_page.get(), "btnTestEnd");
 
     QVERIFY(!QFile::exists("/etc/qttestend"));
     QVERIFY(Board::Calls().isEmpty());
@@ -228,9 +220,9 @@ void StartPageTest::cancelledFinishDoesNothing()
 void StartPageTest::confirmedFinishLeavesItsMarker()
 {
     Board::PutTool("touch", recordedTouch);
-    StartPage* page = NewPage();
+    Rebuild();
     AtTheBox(QMessageBox::Yes, [](QMessageBox&) {});
-    Press(page, "btnTestEnd");
+    Press(m_page.get(), "btnTestEnd");
     QVERIFY(QFile::exists("/etc/qttestend"));
     QCOMPARE(QFileInfo("/etc/qttestend").size(), 0);
     QCOMPARE(Board::Calls(), QStringList({"touch /etc/qttestend", "sync"}));
@@ -241,7 +233,7 @@ void StartPageTest::confirmedFinishLeavesItsMarker()
         QCOMPARE(box.windowTitle(), QString("Warning"));
         QCOMPARE(box.text(), QString("Confirmed testing completed!"));
     });
-    Press(page, "btnTestEnd");
+    Press(m_page.get(), "btnTestEnd");
     QVERIFY(!QFile::exists("/etc/qttestend"));
 }
 
@@ -251,7 +243,8 @@ void StartPageTest::confirmedSwitchIsAskedOnceInARun()
     AtTheBox(QMessageBox::Yes, [](QMessageBox& box) {
         QCOMPARE(box.text(), QString("Are you sure switch the HMI system?"));
     });
-    Press(NewPage(), "btnSwitchHMI");
+    Rebuild();
+    Press(m_page.get(), "btnSwitchHMI");
     QVERIFY(QFile::exists("/etc/sw2hmi"));
     QCOMPARE(Board::Calls(), QStringList({"touch /etc/sw2hmi", "sync"}));
 
@@ -260,7 +253,8 @@ void StartPageTest::confirmedSwitchIsAskedOnceInARun()
     AtTheBox(QMessageBox::Ok, [](QMessageBox& box) {
         QCOMPARE(box.text(), QString("Confirmed switching HMI system!"));
     });
-    Press(NewPage(), "btnSwitchHMI");
+    Rebuild();
+    Press(m_page.get(), "btnSwitchHMI");
     QVERIFY(!QFile::exists("/etc/sw2hmi"));
     QVERIFY(Board::Calls().isEmpty());
 }

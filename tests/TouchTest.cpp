@@ -1,10 +1,9 @@
 #include "frame/BodyWidget.h"
-#include "frame/MoskSettings.h"
 #include "frame/MoskTester.h"
 #include "pages/BasicTester.h"
 #include "pages/TouchTester.h"
 #include "simulated-board/Board.h"
-#include "tests/Operate.h"
+#include "tests/PageFixture.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -12,7 +11,6 @@
 #include <QScreen>
 
 #include <functional>
-#include <memory>
 
 #include <qpa/qwindowsysteminterface.h>
 
@@ -65,7 +63,7 @@ QList<int> LitPlaces(ToolTouchTest& test)
 
 } // namespace
 
-class TouchTest : public QObject
+class TouchTest : public PageFixture<BasicTester>
 {
     Q_OBJECT
 
@@ -104,7 +102,6 @@ private slots:
     void testLeavesNothingBehind();
 
 private:
-    void Rebuild();
     int Rotation() { return InGrid<QComboBox>(m_page.get(), Calibration, 1)->currentIndex(); }
 
     /// Opens the touch test with a tap, calls `look`, and leaves the test with a tap on its centre.
@@ -115,13 +112,11 @@ private:
     static QPoint CentreOf(QWidget* widget) { return widget->mapToGlobal(widget->rect().center()); }
     void ReportFinger(const QPoint& place, Qt::TouchPointState state);
 
-    std::unique_ptr<BasicTester> m_page;
     QTouchDevice* m_screen = nullptr;
 };
 
 void TouchTest::initTestCase()
 {
-    ApplyStyleSheet();
     m_screen = QTest::createTouchDevice();
 }
 
@@ -129,8 +124,7 @@ void TouchTest::init()
 {
     Board::Become("language english\n");
     Board::ForgetCalls();
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     GiveTheScreen({1024, 600});
     Rebuild();
 }
@@ -139,15 +133,6 @@ void TouchTest::cleanup()
 {
     m_page.reset();
     Board::RemoveTools();
-}
-
-void TouchTest::Rebuild()
-{
-    m_page.reset();
-    m_page = std::make_unique<BasicTester>(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
 }
 
 void TouchTest::DuringTheTest(const std::function<void(ToolTouchTest&)>& look)
@@ -399,8 +384,7 @@ void TouchTest::testSpeaksTheLanguage()
 {
     QFETCH(QString, language);
     QFETCH(QString, exit);
-    MoskSettings::GetInstance()->SetValue("Language", language);
-    MoskTranslator::Reload();
+    Speak(language);
 
     DuringTheTest([exit](ToolTouchTest& test) { QCOMPARE(Place(test, centre)->text(), exit); });
 }

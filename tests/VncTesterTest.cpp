@@ -1,7 +1,6 @@
 #include "pages/VncTester.h"
-#include "frame/MoskSettings.h"
 #include "simulated-board/Board.h"
-#include "tests/Operate.h"
+#include "tests/PageFixture.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -49,12 +48,11 @@ QByteArray Content(const QString& path)
 
 } // namespace
 
-class VncTesterTest : public QObject
+class VncTesterTest : public PageFixture<ToolVncTest>
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -95,45 +93,26 @@ private slots:
     void strangeFilesOpen();
 
 private:
-    QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page, row, 1); }
-    QCheckBox* Box(Row row) { return InGrid<QCheckBox>(m_page, row, 0); }
-    void Rebuild();
+    QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page.get(), row, 1); }
+    QCheckBox* Box(Row row) { return InGrid<QCheckBox>(m_page.get(), row, 0); }
     void PressSet();
-
-    ToolVncTest* m_page = nullptr;
 };
-
-void VncTesterTest::initTestCase()
-{
-    ApplyStyleSheet();
-}
 
 void VncTesterTest::init()
 {
     Board::Become("");
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     Rebuild();
 }
 
 void VncTesterTest::cleanup()
 {
-    delete m_page;
-    m_page = nullptr;
+    m_page.reset();
     Board::RemoveTools();
     for (const char* path : {serverPath, clientPath}) {
         QFileInfo(path).isDir() && !QFileInfo(path).isSymLink() ? QDir(path).removeRecursively()
                                                                 : QFile::remove(path);
     }
-}
-
-void VncTesterTest::Rebuild()
-{
-    delete m_page;
-    m_page = new ToolVncTest(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_page));
 }
 
 /// Presses Set and the box's button.
@@ -144,7 +123,7 @@ void VncTesterTest::PressSet()
         QCOMPARE(box.text(), Text("Label_1010006"));
         told = true;
     });
-    QTest::mouseClick(InGrid<QPushButton>(m_page, Set, 0), Qt::LeftButton);
+    QTest::mouseClick(InGrid<QPushButton>(m_page.get(), Set, 0), Qt::LeftButton);
     QVERIFY(told);
 }
 
@@ -170,15 +149,14 @@ void VncTesterTest::layoutHasARowForEachSetting()
     QFETCH(QString, language);
     QFETCH(int, row);
     QFETCH(QString, title);
-    MoskSettings::GetInstance()->SetValue("Language", language);
-    MoskTranslator::Reload();
+    Speak(language);
     Rebuild();
 
-    auto* titleWidget = InGrid<QWidget>(m_page, row, 0);
+    auto* titleWidget = InGrid<QWidget>(m_page.get(), row, 0);
     QVERIFY(titleWidget != nullptr);
     QCOMPARE(titleWidget->property("text").toString(), title);
     if (row == Set) {
-        QVERIFY(InGrid<QPushButton>(m_page, row, 0) != nullptr);
+        QVERIFY(InGrid<QPushButton>(m_page.get(), row, 0) != nullptr);
         QCOMPARE(titleWidget->size(), QSize(100, 30));
         return;
     }
@@ -200,8 +178,8 @@ void VncTesterTest::layoutHasTheMarginsOfTheGrid()
     QCOMPARE(layout->horizontalSpacing(), 20);
     QCOMPARE(Box(Enable)->geometry().topLeft(), QPoint(40, 20));
     QCOMPARE(Field(ServerAddress)->geometry().topLeft(), QPoint(40 + 180 + 20, 20 + 30 + 20));
-    QVERIFY(InGrid<QWidget>(m_page, Enable, 2) != nullptr);
-    QVERIFY(InGrid<QWidget>(m_page, Filler, 2) != nullptr);
+    QVERIFY(InGrid<QWidget>(m_page.get(), Enable, 2) != nullptr);
+    QVERIFY(InGrid<QWidget>(m_page.get(), Filler, 2) != nullptr);
 }
 
 void VncTesterTest::withoutFilesThePageIsEmpty()
@@ -541,8 +519,7 @@ void VncTesterTest::successIsTold()
     QFETCH(QString, language);
     QFETCH(QString, text);
     QFETCH(QString, button);
-    MoskSettings::GetInstance()->SetValue("Language", language);
-    MoskTranslator::Reload();
+    Speak(language);
     Rebuild();
 
     bool told = false;
@@ -557,7 +534,7 @@ void VncTesterTest::successIsTold()
         QVERIFY(QFile::exists(clientPath));
         told = true;
     });
-    QTest::mouseClick(InGrid<QPushButton>(m_page, Set, 0), Qt::LeftButton);
+    QTest::mouseClick(InGrid<QPushButton>(m_page.get(), Set, 0), Qt::LeftButton);
     QVERIFY(told);
 }
 

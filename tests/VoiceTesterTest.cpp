@@ -1,8 +1,7 @@
 #include "pages/VoiceTester.h"
-#include "frame/MoskSettings.h"
 #include "protocols/Player.h"
 #include "simulated-board/Board.h"
-#include "tests/Operate.h"
+#include "tests/PageFixture.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -12,7 +11,6 @@
 #include <QPushButton>
 
 #include <cstdlib>
-#include <memory>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -62,12 +60,11 @@ QByteArray HeardFrom(const QByteArray& command)
 
 } // namespace
 
-class VoiceTesterTest : public QObject
+class VoiceTesterTest : public PageFixture<VoiceTester>
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -100,23 +97,14 @@ private slots:
     void onlyTheFirstPlayOfARunIsHeard();
 
 private:
-    void Rebuild();
     void Scan() { QTest::mouseClick(InGrid<QPushButton>(m_page.get(), 0, 2), Qt::LeftButton); }
-
-    std::unique_ptr<VoiceTester> m_page;
 };
-
-void VoiceTesterTest::initTestCase()
-{
-    ApplyStyleSheet();
-}
 
 void VoiceTesterTest::init()
 {
     Board::Become("language english\n");
     Board::ForgetCalls();
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     Rebuild();
 }
 
@@ -124,15 +112,6 @@ void VoiceTesterTest::cleanup()
 {
     m_page.reset();
     Board::RemoveTools();
-}
-
-void VoiceTesterTest::Rebuild()
-{
-    m_page.reset();
-    m_page = std::make_unique<VoiceTester>(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
 }
 
 void VoiceTesterTest::layoutHasTheFilesAboveThePlayer_data()
@@ -147,8 +126,7 @@ void VoiceTesterTest::layoutHasTheFilesAboveThePlayer()
 {
     QFETCH(QString, language);
     QFETCH(QStringList, texts);
-    MoskSettings::GetInstance()->SetValue("Language", language);
-    MoskTranslator::Reload();
+    Speak(language);
     Rebuild();
 
     QCOMPARE(m_page->layout()->contentsMargins(), QMargins(30, 20, 30, 20));

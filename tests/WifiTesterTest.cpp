@@ -1,7 +1,6 @@
 #include "pages/WifiTester.h"
-#include "frame/MoskSettings.h"
 #include "simulated-board/Board.h"
-#include "tests/Operate.h"
+#include "tests/PageFixture.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -43,12 +42,11 @@ bool IsInterfaceUp()
 
 } // namespace
 
-class WifiTesterTest : public QObject
+class WifiTesterTest : public PageFixture<ToolWifiTest>
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -110,44 +108,25 @@ private slots:
     void missingToolsDoNotStopThePage();
 
 private:
-    QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page, row, 1); }
-    QComboBox* Networks() { return InGrid<QComboBox>(m_page, Name, 1); }
-    void Rebuild();
+    QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page.get(), row, 1); }
+    QComboBox* Networks() { return InGrid<QComboBox>(m_page.get(), Name, 1); }
     void BuildOn(const QByteArray& description);
     void PressAll();
     void ScanFor(int count);
     void Join(const QString& item, const QString& passphrase);
-
-    ToolWifiTest* m_page = nullptr;
 };
-
-void WifiTesterTest::initTestCase()
-{
-    ApplyStyleSheet();
-}
 
 void WifiTesterTest::init()
 {
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
 }
 
 void WifiTesterTest::cleanup()
 {
-    delete m_page;
-    m_page = nullptr;
+    m_page.reset();
     Board::RemoveTools();
     QFile::remove(resultsPath);
     QDir(resultsPath).removeRecursively();
-}
-
-void WifiTesterTest::Rebuild()
-{
-    delete m_page;
-    m_page = new ToolWifiTest(nullptr);
-    m_page->resize(1024, 550);
-    m_page->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_page));
 }
 
 /// Opens the page on a board with that description.
@@ -161,14 +140,14 @@ void WifiTesterTest::BuildOn(const QByteArray& description)
 void WifiTesterTest::PressAll()
 {
     for (const char* button : {"btnRef", "btnScan", "btnConnect", "btnSave", "btnPing"}) {
-        Press(m_page, button);
+        Press(m_page.get(), button);
     }
 }
 
 /// Scans until the list has `count` networks. A scan shows the results of the one before.
 void WifiTesterTest::ScanFor(int count)
 {
-    QTRY_VERIFY_WITH_TIMEOUT((Press(m_page, "btnScan"), Networks()->count() == count), 30000);
+    QTRY_VERIFY_WITH_TIMEOUT((Press(m_page.get(), "btnScan"), Networks()->count() == count), 30000);
     QVERIFY(!QFileInfo::exists(resultsPath));
 }
 
@@ -177,7 +156,7 @@ void WifiTesterTest::Join(const QString& item, const QString& passphrase)
     Networks()->clear();
     Networks()->addItem(item);
     Field(Passphrase)->setText(passphrase);
-    Press(m_page, "btnConnect");
+    Press(m_page.get(), "btnConnect");
 }
 
 void WifiTesterTest::layoutHasARowForEachStep_data()
@@ -209,16 +188,15 @@ void WifiTesterTest::layoutHasARowForEachStep()
     QFETCH(QString, title);
     QFETCH(QString, button);
     QFETCH(QString, name);
-    MoskSettings::GetInstance()->SetValue("Language", language);
-    MoskTranslator::Reload();
+    Speak(language);
     BuildOn("");
 
-    auto* pushButton = InGrid<QPushButton>(m_page, row, 2);
+    auto* pushButton = InGrid<QPushButton>(m_page.get(), row, 2);
     QVERIFY(pushButton != nullptr);
     QCOMPARE(pushButton->text(), button);
     QCOMPARE(pushButton->objectName(), name);
     QCOMPARE(pushButton->size(), QSize(100, 30));
-    auto* label = InGrid<QLabel>(m_page, row, 0);
+    auto* label = InGrid<QLabel>(m_page.get(), row, 0);
     if (row == Refresh) {
         QVERIFY(label == nullptr);
         return;
@@ -240,8 +218,8 @@ void WifiTesterTest::layoutHasTheMarginsOfTheGrid()
     BuildOn("");
     QCOMPARE(m_page->layout()->contentsMargins(), QMargins(40, 20, 40, 20));
     QCOMPARE(qobject_cast<QGridLayout*>(m_page->layout())->verticalSpacing(), 20);
-    QCOMPARE(InGrid<QLabel>(m_page, Status, 0)->geometry().topLeft(), QPoint(40, 20));
-    QVERIFY(InGrid<QWidget>(m_page, Filler, 2) != nullptr);
+    QCOMPARE(InGrid<QLabel>(m_page.get(), Status, 0)->geometry().topLeft(), QPoint(40, 20));
+    QVERIFY(InGrid<QWidget>(m_page.get(), Filler, 2) != nullptr);
     QCOMPARE(Field(Host)->text(), QString("dns.alidns.com"));
 }
 
@@ -318,14 +296,14 @@ void WifiTesterTest::openSwitchesTheInterface()
     BuildOn("");
     QVERIFY(!IsInterfaceUp());
 
-    Press(m_page, "m_btnOpenWifi");
+    Press(m_page.get(), "m_btnOpenWifi");
 
     QVERIFY(IsInterfaceUp());
     QCOMPARE(m_page->findChild<QPushButton*>("m_btnOpenWifi")->text(), QString("Close"));
     QCOMPARE(Field(Status)->text(), QString("Disconnect"));
     QCOMPARE(Board::Calls(), QStringList("wpa_cli -i wlan0 status"));
 
-    Press(m_page, "m_btnOpenWifi");
+    Press(m_page.get(), "m_btnOpenWifi");
 
     QVERIFY(!IsInterfaceUp());
     QCOMPARE(m_page->findChild<QPushButton*>("m_btnOpenWifi")->text(), QString("Open"));
@@ -337,9 +315,9 @@ void WifiTesterTest::openFlipsWhateverBecameOfTheCommand()
     BuildOn("");
     Board::PutTool("ifconfig", ". \"$BOARD_HOME/record.sh\"\nexit 1");
 
-    Press(m_page, "m_btnOpenWifi");
+    Press(m_page.get(), "m_btnOpenWifi");
     QCOMPARE(m_page->findChild<QPushButton*>("m_btnOpenWifi")->text(), QString("Close"));
-    Press(m_page, "m_btnOpenWifi");
+    Press(m_page.get(), "m_btnOpenWifi");
     QCOMPARE(m_page->findChild<QPushButton*>("m_btnOpenWifi")->text(), QString("Open"));
 
     QCOMPARE(Board::Calls().filter("ifconfig"),
@@ -385,7 +363,7 @@ void WifiTesterTest::statusOfEverySupplicantState()
     Board::PutTool("wpa_cli", "cat /run/board/status");
     Field(Status)->setText("before");
 
-    Press(m_page, "btnRef");
+    Press(m_page.get(), "btnRef");
 
     QCOMPARE(Field(Status)->text(), shown);
 }
@@ -408,7 +386,7 @@ void WifiTesterTest::statusThatDoesNotTellIsLeftUntouched()
     Board::PutTool("wpa_cli", "cat /run/board/status");
     Field(Status)->setText("before");
 
-    Press(m_page, "btnRef");
+    Press(m_page.get(), "btnRef");
 
     QCOMPARE(Field(Status)->text(), QString("before"));
 }
@@ -421,11 +399,11 @@ void WifiTesterTest::statusIsReadNoFurtherThan99Bytes()
     const QByteArray fitting(99 - 5 - rest.size(), 'n');
 
     Board::WriteFile("/run/board/status", "ssid=" + fitting + rest + "=192.168.43.2\n");
-    Press(m_page, "btnRef");
+    Press(m_page.get(), "btnRef");
     QCOMPARE(Field(Status)->text(), "Connected " + QString(fitting));
 
     Board::WriteFile("/run/board/status", "ssid=" + fitting + "n" + rest + "=192.168.43.2\n");
-    Press(m_page, "btnRef");
+    Press(m_page.get(), "btnRef");
     QCOMPARE(Field(Status)->text(), QString("Disconnect"));
 }
 
@@ -436,7 +414,7 @@ void WifiTesterTest::statusNeverTakesTheStationForTheName()
                                           "ip_address=192.168.43.2\nssid=Bench\n");
     Board::PutTool("wpa_cli", "cat /run/board/status");
 
-    Press(m_page, "btnRef");
+    Press(m_page.get(), "btnRef");
 
     QCOMPARE(Field(Status)->text(), QString("Connected Bench"));
 }
@@ -446,7 +424,7 @@ void WifiTesterTest::scanListsTheNetworksOfAnEarlierScan()
     BuildOn("wlan0 up\nscan-time 3600\nnetwork Bench -50 12345678\n"
             "network \\xe5\\xb7\\xa5 -61 12345678\nnetwork My\\x20Bench -70 12345678\n"
             "network Secret -75 12345678 hidden\nnetwork Guests -80 -\n");
-    Press(m_page, "btnScan");
+    Press(m_page.get(), "btnScan");
     QCOMPARE(Networks()->count(), 0);
     QVERIFY(!QFileInfo::exists(resultsPath));
     QCOMPARE(Board::Calls(),
@@ -454,7 +432,7 @@ void WifiTesterTest::scanListsTheNetworksOfAnEarlierScan()
 
     // The scan has ended.
     Board::WriteFile("/run/board/wifi/scan-time", "0");
-    Press(m_page, "btnScan");
+    Press(m_page.get(), "btnScan");
 
     QCOMPARE(Networks()->count(), 5);
     QCOMPARE(Networks()->itemText(0), QString("Bench -50"));
@@ -492,7 +470,7 @@ void WifiTesterTest::scanShowsWhatTheSupplicantPrints()
     BuildOn("wlan0 up\n");
     Board::PutTool("wpa_cli", "[ $3 != scan_results ] || printf '%b' '" + output + "'");
 
-    Press(m_page, "btnScan");
+    Press(m_page.get(), "btnScan");
 
     QCOMPARE(Networks()->count(), items.size());
     for (int i = 0; i < items.size(); ++i) {
@@ -600,7 +578,7 @@ void WifiTesterTest::scanOf200Networks()
     Board::PutTool("wpa_cli", "echo header\nfor i in {0..199}; do echo \"bssid 2412 -60 [ESS] "
                               "Net$i\"; done");
 
-    Press(m_page, "btnScan");
+    Press(m_page.get(), "btnScan");
 
     QCOMPARE(Networks()->count(), 200);
     QCOMPARE(Networks()->itemText(199), QString("Net199 -60"));
@@ -611,7 +589,7 @@ void WifiTesterTest::scanStopsAtAnEmptyLine()
     BuildOn("wlan0 up\n");
     Board::PutTool("awk", "cat >/dev/null; printf 'header\\nBench -50\\n\\nAnnex -60\\n'");
 
-    Press(m_page, "btnScan");
+    Press(m_page.get(), "btnScan");
 
     QCOMPARE(Networks()->count(), 1);
 }
@@ -622,7 +600,7 @@ void WifiTesterTest::scanWithoutAResultFileIsEmpty()
     Board::PutTool("awk", "rm /tmp/wifi.ini");
     Networks()->addItem("old");
 
-    Press(m_page, "btnScan");
+    Press(m_page.get(), "btnScan");
 
     QCOMPARE(Networks()->count(), 0);
 }
@@ -633,7 +611,7 @@ void WifiTesterTest::scanIntoAFolderIsEmpty()
     QVERIFY(QDir().mkpath(QString(resultsPath) + "/inside"));
     Networks()->addItem("old");
 
-    Press(m_page, "btnScan");
+    Press(m_page.get(), "btnScan");
 
     QCOMPARE(Networks()->count(), 0);
     QVERIFY(QFileInfo::exists(QString(resultsPath) + "/inside"));
@@ -660,15 +638,15 @@ void WifiTesterTest::connectJoinsANetwork()
 {
     BuildOn(
         "network Annex -70 87654321\nnetwork Bench -50 12345678\nhost dns.alidns.com 223.5.5.5\n");
-    Press(m_page, "m_btnOpenWifi");
+    Press(m_page.get(), "m_btnOpenWifi");
     ScanFor(2);
     Networks()->setCurrentIndex(1);
     QTest::keyClicks(Field(Passphrase), "12345678");
 
-    Press(m_page, "btnConnect");
+    Press(m_page.get(), "btnConnect");
 
     QCOMPARE(Field(Status)->text(), QString("Connected Bench"));
-    Press(m_page, "btnPing");
+    Press(m_page.get(), "btnPing");
     QCOMPARE(Field(Result)->text(), QString("Succeeded!"));
     QCOMPARE(TextColour(Field(Result)), green);
     // A page opened anew finds it so.
@@ -700,7 +678,7 @@ void WifiTesterTest::connectWithAWrongPassphraseDisconnects()
     Join("Bench -50", "123456789");
 
     QCOMPARE(Field(Status)->text(), QString("Disconnect"));
-    Press(m_page, "btnPing");
+    Press(m_page.get(), "btnPing");
     QCOMPARE(Field(Result)->text(), QString("Failed!"));
     QCOMPARE(TextColour(Field(Result)), red);
 }
@@ -713,7 +691,8 @@ void WifiTesterTest::connectToASlowNetworkIsSeenAtRefresh()
 
     QCOMPARE(Field(Status)->text(), QString("Disconnect"));
     QTRY_VERIFY_WITH_TIMEOUT(
-        (Press(m_page, "btnRef"), Field(Status)->text() == QString("Connected Bench")), 30000);
+        (Press(m_page.get(), "btnRef"), Field(Status)->text() == QString("Connected Bench")),
+        30000);
 }
 
 void WifiTesterTest::connectNeedsANameAndAPassphrase_data()
@@ -741,7 +720,7 @@ void WifiTesterTest::connectNeedsANameAndAPassphrase()
     Join(item, passphrase);
     QCOMPARE(Field(Status)->text(), QString("before"));
     Networks()->clear();
-    Press(m_page, "btnConnect");
+    Press(m_page.get(), "btnConnect");
 
     QCOMPARE(Field(Status)->text(), QString("before"));
     QCOMPARE(Board::Calls(), QStringList());
@@ -801,7 +780,7 @@ void WifiTesterTest::connectJoinsANetworkOfAnyName()
     Field(Passphrase)->setText("12345678");
     Board::ForgetCalls();
 
-    Press(m_page, "btnConnect");
+    Press(m_page.get(), "btnConnect");
 
     QProcess ssid;
     ssid.start("wpa_cli", {"-i", "wlan0", "get_network", "0", "ssid"});
@@ -894,7 +873,7 @@ void WifiTesterTest::saveWritesTheSupplicantsConfiguration()
     QVERIFY(!QFile::exists("/etc/wpa_supplicant.conf"));
     Board::ForgetCalls();
 
-    Press(m_page, "btnSave");
+    Press(m_page.get(), "btnSave");
 
     QCOMPARE(Board::Calls(), QStringList("wpa_cli -i wlan0 save_config"));
     QVERIFY(Board::ReadFile("/etc/wpa_supplicant.conf")
@@ -905,12 +884,12 @@ void WifiTesterTest::saveWritesTheSupplicantsConfiguration()
 void WifiTesterTest::pingAnswersOnlyWithAnAddress()
 {
     BuildOn("wlan0 up\nnetwork Bench -50 12345678\nhost dns.alidns.com 223.5.5.5\n");
-    Press(m_page, "btnPing");
+    Press(m_page.get(), "btnPing");
     QCOMPARE(Field(Result)->text(), QString("Failed!"));
 
     Join("Bench -50", "12345678");
     Field(Host)->setText("192.168.43.1");
-    Press(m_page, "btnPing");
+    Press(m_page.get(), "btnPing");
 
     QCOMPARE(Field(Result)->text(), QString("Succeeded!"));
     QCOMPARE(Field(Host)->text(), QString("192.168.43.1"));
@@ -936,7 +915,7 @@ void WifiTesterTest::pingIsJudgedByItsText()
     BuildOn("wlan0 up\n");
     Board::PutTool("ping", ". \"$BOARD_HOME/record.sh\"\nprintf '%b' '" + output + "'\nexit 1");
 
-    Press(m_page, "btnPing");
+    Press(m_page.get(), "btnPing");
 
     QCOMPARE(Field(Result)->text(), QString(good ? "Succeeded!" : "Failed!"));
     QCOMPARE(TextColour(Field(Result)), good ? green : red);
@@ -949,13 +928,13 @@ void WifiTesterTest::pingCommandIsCutAt99Bytes()
     Board::PutTool("ping", ". \"$BOARD_HOME/record.sh\"");
 
     Field(Host)->setText(QString(1000, 'h'));
-    Press(m_page, "btnPing");
+    Press(m_page.get(), "btnPing");
     QCOMPARE(Board::Calls(), QStringList("ping -I wlan0 " + QString(99 - 14, 'h')));
 
     // A character cut in two is shown as such, not read beyond.
     Board::ForgetCalls();
     Field(Host)->setText(QString(99 - 14 - 1, 'h') + "工厂");
-    Press(m_page, "btnPing");
+    Press(m_page.get(), "btnPing");
     QCOMPARE(Board::Calls().size(), 1);
     QCOMPARE(Field(Result)->text(), QString("Failed!"));
 }
@@ -965,7 +944,7 @@ void WifiTesterTest::pingTargetNeverReachesAShell()
     BuildOn("wlan0 up\n");
     Field(Host)->setText("1.2.3.4;touch${IFS}/tmp/ran;$(touch /tmp/ran)`touch /tmp/ran`");
 
-    Press(m_page, "btnPing");
+    Press(m_page.get(), "btnPing");
 
     QCOMPARE(Field(Result)->text(), QString("Failed!"));
     QVERIFY(!QFile::exists("/tmp/ran"));
@@ -976,7 +955,7 @@ void WifiTesterTest::hangingPingIsGivenUp()
     BuildOn("wlan0 up\n");
     Board::PutTool("ping", "echo $$ >/tmp/ping-id; exec sleep 120");
 
-    Press(m_page, "btnPing");
+    Press(m_page.get(), "btnPing");
 
     QCOMPARE(Field(Result)->text(), QString("Failed!"));
     // It does not outlive the check.
@@ -1011,7 +990,7 @@ void WifiTesterTest::brokenToolsDoNotStopThePage()
     Board::PutTool("wpa_cli",
                    "case $3 in status | scan_results) ;; *) exec >/dev/null ;; esac\n" + script);
     Rebuild();
-    Press(m_page, "m_btnOpenWifi");
+    Press(m_page.get(), "m_btnOpenWifi");
     QCOMPARE(m_page->findChild<QPushButton*>("m_btnOpenWifi")->text(), QString("Close"));
 
     PressAll();
@@ -1029,7 +1008,7 @@ void WifiTesterTest::missingToolsDoNotStopThePage()
 
     Rebuild();
     QCOMPARE(m_page->findChild<QPushButton*>("m_btnOpenWifi")->text(), QString("Open"));
-    Press(m_page, "m_btnOpenWifi");
+    Press(m_page.get(), "m_btnOpenWifi");
     PressAll();
     Join("Bench -50", "12345678");
     qputenv("PATH", path);

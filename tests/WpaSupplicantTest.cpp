@@ -1,7 +1,6 @@
-#include "frame/MoskSettings.h"
 #include "pages/WifiTester.h"
 #include "simulated-board/Board.h"
-#include "tests/Operate.h"
+#include "tests/PageFixture.h"
 
 #include <QComboBox>
 #include <QFileInfo>
@@ -54,7 +53,7 @@ QByteArray Escaped(const QByteArray& name)
 
 /// Gives the page's commands to the real supplicant through its real client, and to the simulated
 /// board's supplicant, which must react in the same way.
-class WpaSupplicantTest : public QObject
+class WpaSupplicantTest : public PageFixture<ToolWifiTest>
 {
     Q_OBJECT
 
@@ -77,7 +76,6 @@ private:
     void Join(const QByteArray& name, const QString& passphrase);
 
     QProcess* m_supplicant = nullptr;
-    ToolWifiTest* m_page = nullptr;
 };
 
 void WpaSupplicantTest::initTestCase()
@@ -89,8 +87,7 @@ void WpaSupplicantTest::initTestCase()
 
 void WpaSupplicantTest::init()
 {
-    MoskSettings::GetInstance()->SetValue("Language", "english");
-    MoskTranslator::Reload();
+    Speak("english");
     Board::Become("wlan0 up\n");
     Board::PutTool("udhcpc", "exit 0");
     Board::WriteFile(configurationPath, "ctrl_interface=/var/run/wpa_supplicant\n"
@@ -99,8 +96,7 @@ void WpaSupplicantTest::init()
 
 void WpaSupplicantTest::cleanup()
 {
-    delete m_page;
-    m_page = nullptr;
+    m_page.reset();
     if (m_supplicant != nullptr) {
         m_supplicant->terminate();
         QVERIFY(m_supplicant->waitForFinished());
@@ -115,8 +111,7 @@ void WpaSupplicantTest::Start(const QString& driver)
     if (driver != "simulated") {
         StartTheRealOne(driver);
     }
-    m_page = new ToolWifiTest(nullptr);
-    m_page->show();
+    Rebuild();
 }
 
 /// Stops the board's own supplicant and starts the real one.
@@ -132,8 +127,8 @@ void WpaSupplicantTest::StartTheRealOne(const QString& driver)
 void WpaSupplicantTest::Join(const QByteArray& name, const QString& passphrase)
 {
     m_page->findChild<QComboBox*>()->addItem(QString(Escaped(name)) + " -50");
-    InGrid<QLineEdit>(m_page, 2, 1)->setText(passphrase);
-    Press(m_page, "btnConnect");
+    InGrid<QLineEdit>(m_page.get(), 2, 1)->setText(passphrase);
+    Press(m_page.get(), "btnConnect");
 }
 
 void WpaSupplicantTest::nameIsHeldAsItIs_data()
@@ -209,7 +204,7 @@ void WpaSupplicantTest::passphraseIsHeldAsItIs()
 
     Join("Bench", passphrase);
     // The client does not show passphrases; the saved configuration does.
-    Press(m_page, "btnSave");
+    Press(m_page.get(), "btnSave");
 
     QCOMPARE(Ask({"get_network", "0", "psk"}), QByteArray("*"));
     const QByteArray configuration = Board::ReadFile(configurationPath);
@@ -223,9 +218,9 @@ void WpaSupplicantTest::statusOfTheRealOneIsUnderstood()
     Start("none");
     QVERIFY(Ask({"status"}).contains("wpa_state="));
 
-    Press(m_page, "btnRef");
-    QCOMPARE(InGrid<QLineEdit>(m_page, 0, 1)->text(), QString("Disconnect"));
-    Press(m_page, "btnScan");
+    Press(m_page.get(), "btnRef");
+    QCOMPARE(InGrid<QLineEdit>(m_page.get(), 0, 1)->text(), QString("Disconnect"));
+    Press(m_page.get(), "btnScan");
     QCOMPARE(m_page->findChild<QComboBox*>()->count(), 0);
 }
 

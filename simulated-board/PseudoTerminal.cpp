@@ -1,8 +1,7 @@
 #include "simulated-board/PseudoTerminal.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QFile>
+#include <QtCore/qtestsupport_core.h> // QTest::qWaitFor()
 
 #include <cerrno>
 #include <cstring>
@@ -25,17 +24,17 @@ PseudoTerminal::~PseudoTerminal()
 void PseudoTerminal::Write(const QByteArray& bytes)
 {
     qint64 done = 0;
-    while (done < bytes.size()) {
-        const ssize_t written =
-            write(m_pair.Master(), bytes.constData() + done, bytes.size() - done);
-        if (written > 0) {
-            done += written;
-        } else if (errno == EAGAIN) {
-            // The line is full. The board must read first.
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        } else {
-            qFatal("%s: %s", qPrintable(m_device), std::strerror(errno));
+    // A full line takes more once the board has read some of it.
+    const auto isWritten = [&] {
+        ssize_t written = 0;
+        while (done < bytes.size() && written >= 0) {
+            written = write(m_pair.Master(), bytes.constData() + done, bytes.size() - done);
+            done += qMax<ssize_t>(written, 0);
         }
+        return done == bytes.size() || errno != EAGAIN;
+    };
+    if (!QTest::qWaitFor(isWritten, 60000) || done < bytes.size()) {
+        qFatal("%s: %s", qPrintable(m_device), std::strerror(errno));
     }
 }
 
@@ -52,14 +51,12 @@ QByteArray PseudoTerminal::ReadAvailable()
 
 bool PseudoTerminal::WaitFor(const QByteArray& expected)
 {
-    QElapsedTimer timer;
-    timer.start();
     QByteArray received;
-    while (received.size() < expected.size() && timer.elapsed() < 5000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    const auto isAllThere = [&] {
         received += ReadAvailable();
-    }
-    if (received != expected) {
+        return received.size() >= expected.size();
+    };
+    if (!QTest::qWaitFor(isAllThere) || received != expected) {
         qWarning("%s: the board sent %s, not %s", qPrintable(m_device),
                  received.toPercentEncoding(" ").constData(),
                  expected.toPercentEncoding(" ").constData());

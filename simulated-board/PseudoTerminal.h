@@ -13,7 +13,8 @@ public:
     explicit PseudoTerminal(const QString& device);
     ~PseudoTerminal();
 
-    /// Sends all of the bytes to the board.
+    /// Sends all of the bytes to the board. Ends the process when the board does not read them
+    /// within a minute.
     void Write(const QByteArray& bytes);
 
     /// Returns what the board has sent since the last call.

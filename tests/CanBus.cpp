@@ -1,8 +1,9 @@
 #include "tests/CanBus.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QProcess>
+#include <QTest>
 
 #include <cerrno>
 #include <cstdarg>
@@ -169,22 +170,15 @@ public:
         }
     }
 
-    QStringList Receive(int count) override
+protected:
+    QStringList ReceiveAvailable() override
     {
         QStringList frames;
-        QElapsedTimer timer;
-        timer.start();
-        do {
-            can_frame frame = {};
-            const ssize_t size = recv(farEnd, &frame, sizeof frame, MSG_DONTWAIT);
-            if (size == sizeof frame) {
-                frames << TextOf(frame);
-            } else if (size > 0) {
-                frames << QString("%1 bytes").arg(size);
-            } else {
-                QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-            }
-        } while (frames.size() < count && timer.elapsed() < 5000);
+        can_frame frame = {};
+        ssize_t size = 0;
+        while ((size = recv(farEnd, &frame, sizeof frame, MSG_DONTWAIT)) > 0) {
+            frames << (size == sizeof frame ? TextOf(frame) : QString("%1 bytes").arg(size));
+        }
         return frames;
     }
 };
@@ -198,9 +192,10 @@ public:
         m_dump.start("candump", {"-L", "can0"});
         m_dump.waitForStarted();
         // It listens once its own frame comes back.
+        const QDeadlineTimer limit(10000);
         do {
             VirtualCan::Send("7FF#");
-        } while (!m_dump.waitForReadyRead(100));
+        } while (!m_dump.waitForReadyRead(100) && !limit.hasExpired());
         while (m_dump.waitForReadyRead(200)) {
         }
         m_dump.readAll();
@@ -219,18 +214,15 @@ public:
 
     void Send(const QString& frame) override { QProcess::execute("cansend", {"can0", frame}); }
 
-    QStringList Receive(int count) override
+protected:
+    QStringList ReceiveAvailable() override
     {
         QStringList frames;
-        QElapsedTimer timer;
-        timer.start();
-        do {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-            while (m_dump.canReadLine()) {
-                // "(STAMP) can0 FRAME"
-                frames << QString(m_dump.readLine()).trimmed().section(' ', 2, 2);
-            }
-        } while (frames.size() < count && timer.elapsed() < 5000);
+        QCoreApplication::processEvents();
+        while (m_dump.canReadLine()) {
+            // "(STAMP) can0 FRAME"
+            frames << QString(m_dump.readLine()).trimmed().section(' ', 2, 2);
+        }
         return frames;
     }
 
@@ -255,4 +247,17 @@ std::unique_ptr<CanBus> CanBus::Create()
         return std::make_unique<CanSocketPair>();
     }
     return std::make_unique<VirtualCan>();
+}
+
+QStringList CanBus::Receive(int count)
+{
+    QStringList frames;
+    const auto isEnough = [&] {
+        frames += ReceiveAvailable();
+        return frames.size() >= count;
+    };
+    if (!QTest::qWaitFor(isEnough)) {
+        qWarning("CAN: %d frames came, not %d", frames.size(), count);
+    }
+    return frames;
 }

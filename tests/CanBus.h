@@ -24,7 +24,11 @@ public:
 
     /// The frames that the board has sent since the last call. Waits up to 5 s until there are
     /// `count`.
-    virtual QStringList Receive(int count) = 0;
+    QStringList Receive(int count);
+
+protected:
+    /// Returns the frames that are there already.
+    virtual QStringList ReceiveAvailable() = 0;
 };
 
 /// The program's last calls on a CAN socket, recorded by CanSocketPair.

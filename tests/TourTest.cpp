@@ -72,7 +72,12 @@ void TourTest::goodBoardPasses()
 
 void TourTest::boardWithFaultsDoesNotPass()
 {
-    QCOMPARE(TakeTour("language english\nstick A\nstick B\nmmc 0 1\n"), 1);
+    const QByteArray stick = "stick Kingston DataTraveler\n";
+    const QByteArray ethernet = "link eth0 192.168.10.2 192.168.10.1\n";
+    QByteArray board = Board::ReadFile(m_home + "/../boards/default.board");
+    QVERIFY(board.contains(stick) && board.contains(ethernet));
+
+    QCOMPARE(TakeTour(board.replace(stick, "stick A\nstick B\n").replace(ethernet, "")), 1);
 
     QVERIFY2(m_lines.contains("basic | USB | Detected that there is(are) 2 USB flash drive "
                               "inserted! | WRONG, expected \"Detected that there is(are) 1 USB "

@@ -96,6 +96,7 @@ private:
     QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page.get(), row, 1); }
     QCheckBox* Box(Row row) { return InGrid<QCheckBox>(m_page.get(), row, 0); }
     void PressSet();
+    void CompareWithTheFiles();
 };
 
 void VncTesterTest::init()
@@ -125,6 +126,17 @@ void VncTesterTest::PressSet()
     });
     QTest::mouseClick(InGrid<QPushButton>(m_page.get(), Set, 0), Qt::LeftButton);
     QVERIFY(told);
+}
+
+/// Compares the page with a server that has the password "secret", all on, and with `clientFile`.
+void VncTesterTest::CompareWithTheFiles()
+{
+    QVERIFY(Box(Enable)->isChecked());
+    QVERIFY(Box(Security)->isChecked());
+    QCOMPARE(Field(Password)->text(), QString("secret"));
+    QCOMPARE(Field(ServerAddress)->text(), QString("203.0.113.7"));
+    QCOMPARE(Field(ServerPort)->text(), QString("7000"));
+    QCOMPARE(Field(RemotePort)->text(), QString("6000"));
 }
 
 void VncTesterTest::layoutHasARowForEachSetting_data()
@@ -199,12 +211,7 @@ void VncTesterTest::fieldsShowWhatTheFilesHold()
     Board::WriteFile(clientPath, clientFile);
     Rebuild();
 
-    QVERIFY(Box(Enable)->isChecked());
-    QVERIFY(Box(Security)->isChecked());
-    QCOMPARE(Field(Password)->text(), QString("secret"));
-    QCOMPARE(Field(ServerAddress)->text(), QString("203.0.113.7"));
-    QCOMPARE(Field(ServerPort)->text(), QString("7000"));
-    QCOMPARE(Field(RemotePort)->text(), QString("6000"));
+    CompareWithTheFiles();
 }
 
 void VncTesterTest::enableIsOnForOneAlone_data()
@@ -389,12 +396,7 @@ void VncTesterTest::strangeLinesPlayNoPart()
     Board::WriteFile(clientPath, client);
     Rebuild();
 
-    QVERIFY(Box(Enable)->isChecked());
-    QVERIFY(Box(Security)->isChecked());
-    QCOMPARE(Field(Password)->text(), QString("secret"));
-    QCOMPARE(Field(ServerAddress)->text(), QString("203.0.113.7"));
-    QCOMPARE(Field(ServerPort)->text(), QString("7000"));
-    QCOMPARE(Field(RemotePort)->text(), QString("6000"));
+    CompareWithTheFiles();
 
     PressSet();
     QCOMPARE(Content(serverPath), server);

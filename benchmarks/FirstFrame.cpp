@@ -57,7 +57,7 @@ class FirstFramePlugin : public QGenericPlugin
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "first-frame.json")
 
 public:
-    QObject* create(const QString& /*name*/, const QString& /*specification*/) override
+    QObject* create(const QString& /*name*/, const QString& /*parameters*/) override
     {
         return new FirstFrame;
     }

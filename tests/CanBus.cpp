@@ -3,7 +3,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QProcess>
-#include <QTest>
+#include <QtCore/qtestsupport_core.h> // QTest::qWaitFor()
 
 #include <cerrno>
 #include <cstdarg>

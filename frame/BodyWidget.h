@@ -5,7 +5,7 @@
 class QTimer;
 class QVBoxLayout;
 
-/// The part of the window below the header. It shows one page at a time, and builds a page each
+/// The area of the window below the header. It shows one page at a time, and builds a page each
 /// time that it is opened.
 class BodyWidget : public QWidget
 {

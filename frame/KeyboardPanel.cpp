@@ -20,7 +20,7 @@ namespace
 /// The free space between a field and the keyboard, in pixels.
 const int gap = 6;
 
-/// Whether `object` is the part of `field` that shows its text. A scroll bar beside the text is
+/// Whether `object` is the area of `field` that shows its text. A scroll bar beside the text is
 /// not.
 bool IsTextOf(const QWidget* field, const QObject* object)
 {

@@ -111,7 +111,7 @@ void ToolProductionTest::OnSerialportRead()
     ProcessData(m_port->readAll());
 }
 
-// // Connected to nothing: the page never writes to the port.
+// Connected to nothing: the page never writes to the port.
 void ToolProductionTest::OnSerialportWritten(qint64 /*count*/) {}
 
 void ToolProductionTest::OnTimer()

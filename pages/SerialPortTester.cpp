@@ -92,7 +92,7 @@ void SerialPortTester::OnSerialportRead()
     m_received->AddText(text);
 }
 
-// // Connected to nothing: the page shows only what it receives.
+// Connected to nothing: the page shows only what it receives.
 void SerialPortTester::OnSerialportWritten(qint64 /*count*/) {}
 
 void SerialPortTester::Open()

@@ -150,7 +150,7 @@ BasicTester::BasicTester(QWidget* parent) : QWidget(parent)
         // outside.
         {{"Label_1000012", m_ethernet, {detection, Name("btnEmmcTest")}},
          &BasicTester::OnBtnNetTestClicked},
-        // // The "r" and "w" in these two names stand for reading and writing the real-time clock
+        // The "r" and "w" in these two names stand for reading and writing the real-time clock
         // (RTC).
         {{"Label_1000021", m_clockRead, {"Label_1000023", Name("btnrRTCTest")}},
          &BasicTester::OnBtnGetRTCTestClicked},

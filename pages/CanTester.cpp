@@ -60,7 +60,7 @@ CanTester::CanTester(QWidget* parent) : QWidget(parent)
     m_chooser->addItem("can0");
     m_chooser->setCurrentIndex(0);
     m_openClose =
-        // // The buttons have the same names as those of the serial page.
+        // The buttons have the same names as those of the serial page.
         AddRow(layout, {"Label_1000900", m_chooser, {"Label_1000901", Name("btnOpenCom")}});
 
     m_sendText = new QLineEdit(tr("1122334455667788"), this);

@@ -54,7 +54,7 @@ ToolProductionTest::~ToolProductionTest()
 QPushButton* ToolProductionTest::AddButton(QGridLayout* layout, int row, const Button& content)
 {
     QPushButton* button = NewButton(content, {100, 50}, this);
-    // // The style sheet highlights a button whose "status" is "on".
+    // The style sheet highlights a button whose "status" is "on".
     button->setProperty("status", "off");
     layout->addWidget(button, row, 0);
     return button;

@@ -41,7 +41,7 @@ ToolWifiTest::ToolWifiTest(QWidget* parent) : QWidget(parent)
     m_isWifiEnabled = IsWifiEnable();
     const char* const switchKey = m_isWifiEnabled ? "Label_1000713" : "Label_1000712";
     const QSize size(100, 30);
-    // // The member's name is the object name too: the button is found by it from outside.
+    // The member's name is the object name too: the button is found by it from outside.
     m_btnOpenWifi = AddRow(layout, 0, size,
                            {"Label_1000700", m_lineStatus, {switchKey, Name("m_btnOpenWifi")}});
     QPushButton* scan =

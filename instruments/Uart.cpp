@@ -2,6 +2,7 @@
 
 #include <QDebug>
 #include <QSerialPort>
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include <poll.h>
@@ -9,9 +10,9 @@
 namespace
 {
 
-/// The pause after a read without data, in milliseconds. At 115200 baud about a hundred bytes come
-/// in this time. The system buffers up to four thousand.
-const int pauseMs = 10;
+/// The pause after a read in milliseconds. At 115200 baud about two hundred bytes come in this
+/// time; the system buffers up to four thousand.
+const int pauseMs = 20;
 
 /// Whether the device is gone, such as an adapter that was unplugged.
 bool HasHungUp(const QSerialPort* port)
@@ -20,13 +21,27 @@ bool HasHungUp(const QSerialPort* port)
     return poll(&state, 1, 0) > 0 && (state.revents & (POLLHUP | POLLERR)) != 0;
 }
 
-/// Makes a port continue to read. After some errors it stops until somebody asks it for data.
-/// peek() asks without taking any.
-void ReadOn(QSerialPort* port)
+/// Makes a port read again after the pause. A port that was made to wait, or met some errors, waits
+/// until somebody asks it for data. peek() asks without taking any.
+void ReadOnLater(QSerialPort* port)
 {
-    if (port->isOpen()) {
-        port->peek(1);
+    QTimer::singleShot(pauseMs, Qt::PreciseTimer, port, [port] {
+        if (port->isOpen()) {
+            port->peek(1);
+        }
+    });
+}
+
+/// Keeps a port from reading for a moment. It would read, and wake the program, for every few
+/// bytes.
+void Pause(QSerialPort* port)
+{
+    for (QSocketNotifier* notifier : port->findChildren<QSocketNotifier*>()) {
+        if (notifier->type() == QSocketNotifier::Read) {
+            notifier->setEnabled(false);
+        }
     }
+    ReadOnLater(port);
 }
 
 /// Closes a port whose device is gone; it would report the same error without end. If the device is
@@ -42,7 +57,7 @@ void OnReadError(QSerialPort* port, const QString& device)
         port->close();
         return;
     }
-    QTimer::singleShot(pauseMs, port, [port] { ReadOn(port); });
+    ReadOnLater(port);
 }
 
 } // namespace
@@ -72,4 +87,22 @@ bool OpenUart(QSerialPort* port, const QString& device)
         },
         Qt::QueuedConnection);
     return true;
+}
+
+QByteArray ReadUart(QSerialPort* port)
+{
+    const QByteArray received = port->readAll();
+    Pause(port);
+    return received;
+}
+
+void CloseUart(QSerialPort*& port)
+{
+    if (port == nullptr) {
+        return;
+    }
+    port->disconnect();
+    port->close();
+    delete port;
+    port = nullptr;
 }

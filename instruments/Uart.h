@@ -1,5 +1,6 @@
 #pragma once
 
+class QByteArray;
 class QSerialPort;
 class QString;
 
@@ -10,3 +11,10 @@ class QString;
 /// open it as usual. If another program reads the same device, the port receives what that program
 /// leaves.
 bool OpenUart(QSerialPort* port, const QString& device);
+
+/// Takes what a port has received. After that the port waits 20 ms before it reads again: waking up
+/// for every few bytes of a stream takes more time than showing them.
+QByteArray ReadUart(QSerialPort* port);
+
+/// Closes and deletes a port, and sets the pointer to null. A null pointer stays as it is.
+void CloseUart(QSerialPort*& port);

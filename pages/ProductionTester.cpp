@@ -108,7 +108,7 @@ void ToolProductionTest::AddTestResult(const QString& text, bool ok)
 
 void ToolProductionTest::OnSerialportRead()
 {
-    ProcessData(m_port->readAll());
+    ProcessData(ReadUart(m_port));
 }
 
 // Connected to nothing: the page never writes to the port.
@@ -169,13 +169,7 @@ void ToolProductionTest::OpenComPort()
 
 void ToolProductionTest::CloseComPort()
 {
-    if (m_port == nullptr) {
-        return;
-    }
-    disconnect(m_port, &QSerialPort::readyRead, this, &ToolProductionTest::OnSerialportRead);
-    m_port->close();
-    delete m_port;
-    m_port = nullptr;
+    CloseUart(m_port);
 }
 
 void ToolProductionTest::ShowResult(ReceiveView* view, const QString& text, bool ok)

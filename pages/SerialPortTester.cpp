@@ -54,13 +54,13 @@ SerialPortTester::SerialPortTester(QWidget* parent) : QWidget(parent)
 
 SerialPortTester::~SerialPortTester()
 {
-    Close();
+    CloseUart(m_port);
 }
 
 void SerialPortTester::OnOpenCloseComPort(bool /*checked*/)
 {
     if (m_port != nullptr) {
-        Close();
+        CloseUart(m_port);
         m_openClose->setText(MoskTranslator::Translate("Label_1000301"));
     } else {
         Open();
@@ -79,7 +79,7 @@ void SerialPortTester::OnBtnSendClicked(bool /*checked*/)
 
 void SerialPortTester::OnSerialportRead()
 {
-    const QByteArray received = m_port->readAll();
+    const QByteArray received = ReadUart(m_port);
     const int nul = received.indexOf('\0');
     QString text = m_decoder->toUnicode(nul < 0 ? received : received.left(nul));
     if (nul >= 0) {
@@ -111,15 +111,4 @@ void SerialPortTester::Open()
     m_decoder = NewDecoder();
     connect(m_port, &QSerialPort::readyRead, this, &SerialPortTester::OnSerialportRead);
     m_openClose->setText(MoskTranslator::Translate("Label_1000305"));
-}
-
-void SerialPortTester::Close()
-{
-    if (m_port == nullptr) {
-        return;
-    }
-    disconnect(m_port, &QSerialPort::readyRead, this, &SerialPortTester::OnSerialportRead);
-    m_port->close();
-    delete m_port;
-    m_port = nullptr;
 }

@@ -28,7 +28,6 @@ private slots:
 
 private:
     void Open();
-    void Close();
 
     QComboBox* m_chooser = nullptr;
     QPushButton* m_openClose = nullptr;

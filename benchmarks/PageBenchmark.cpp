@@ -2,6 +2,7 @@
 // All figures are processor time, so what commands of a page's own take is not in them.
 
 #include "frame/BodyWidget.h"
+#include "frame/Look.h"
 #include "frame/MoskTester.h"
 #include "frame/MoskTranslator.h"
 #include "pages/CanTester.h"
@@ -12,7 +13,6 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QFile>
 #include <QScreen>
 #include <QTimer>
 
@@ -119,13 +119,9 @@ void MeasureCan()
 
 int main(int argc, char** argv)
 {
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     Board::Become("language english\n");
-    QFile style(":/qss/style.qss");
-    if (!style.open(QIODevice::ReadOnly)) {
-        return 1;
-    }
-    application.setStyleSheet(style.readAll());
+    ApplyLook();
     MeasureOpening();
     MeasureCan();
     return 0;

@@ -1,10 +1,10 @@
 #include "frame/BodyWidget.h"
+#include "frame/Look.h"
 #include "frame/MoskTester.h"
 #include "frame/MoskTranslator.h"
 #include "frame/StopSignals.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QPixmap>
 
 #include <csignal>
@@ -25,16 +25,6 @@ QPixmap LoadLogo()
     return logo;
 }
 
-/// Applies the style sheet. Without a readable one the program runs unstyled.
-void ApplyStyleSheet(QApplication& application)
-{
-    QFile file(":/qss/style.qss");
-    if (!file.open(QIODevice::ReadOnly)) {
-        return;
-    }
-    application.setStyleSheet(QString::fromLatin1(file.readAll().constData()));
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -51,7 +41,7 @@ int main(int argc, char** argv)
     const StopSignals stopSignals;
 
     const QPixmap logo = LoadLogo();
-    ApplyStyleSheet(application);
+    ApplyLook();
     MoskTranslator::GetTranslator();
 
     g_mainwnd = new MoskTester(nullptr);

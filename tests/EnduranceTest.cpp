@@ -1,4 +1,5 @@
 #include "frame/BodyWidget.h"
+#include "frame/Look.h"
 #include "frame/MoskTester.h"
 #include "tests/OpenDescriptors.h"
 #include "tests/Operate.h"
@@ -59,7 +60,7 @@ private:
 
 void EnduranceTest::init()
 {
-    ApplyStyleSheet();
+    ApplyLook();
     Speak("english");
     m_window = std::make_unique<MoskTester>();
     g_mainwnd = m_window.get();

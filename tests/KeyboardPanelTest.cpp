@@ -1,4 +1,5 @@
 #include "frame/BodyWidget.h"
+#include "frame/Look.h"
 #include "frame/MoskTester.h"
 #include "pages/BasicTester.h"
 #include "simulated-board/Board.h"
@@ -108,7 +109,7 @@ private:
 
 void KeyboardPanelTest::initTestCase()
 {
-    ApplyStyleSheet();
+    ApplyLook();
     Board::Become("language english\n");
     // The pictures that are compared do not blink.
     QApplication::setCursorFlashTime(0);

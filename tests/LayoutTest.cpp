@@ -1,4 +1,5 @@
 #include "frame/BodyWidget.h"
+#include "frame/Look.h"
 #include "frame/MoskTester.h"
 #include "instruments/MessageBoxes.h"
 #include "tests/Operate.h"
@@ -70,7 +71,7 @@ private slots:
 
 void LayoutTest::initTestCase()
 {
-    ApplyStyleSheet();
+    ApplyLook();
 }
 
 void LayoutTest::everyPageShowsItsTextsWhole_data()

@@ -1,5 +1,6 @@
 #include "frame/BodyWidget.h"
 #include "frame/HeadWidget.h"
+#include "frame/Look.h"
 #include "frame/MoskTester.h"
 #include "frame/MoskUtility.h"
 #include "frame/StartPage.h"
@@ -61,7 +62,7 @@ private:
 
 void MainWindowTest::initTestCase()
 {
-    ApplyStyleSheet();
+    ApplyLook();
 }
 
 void MainWindowTest::init()

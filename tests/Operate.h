@@ -5,7 +5,6 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QFile>
 #include <QGridLayout>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -24,14 +23,6 @@ inline void Speak(const QString& language)
 {
     MoskSettings::GetInstance()->SetValue("Language", language);
     MoskTranslator::Reload();
-}
-
-/// Gives the application the program's look.
-inline void ApplyStyleSheet()
-{
-    QFile style(":/qss/style.qss");
-    QVERIFY(style.open(QIODevice::ReadOnly));
-    qApp->setStyleSheet(style.readAll());
 }
 
 /// Presses the button of that name as a finger does.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "frame/Look.h"
 #include "tests/Operate.h"
 
 #include <QTest>
@@ -23,7 +24,7 @@ protected:
     void ShowNewPage()
     {
         m_page.reset();
-        ApplyStyleSheet();
+        ApplyLook();
         m_page = std::make_unique<Page>(nullptr);
         m_page->resize(1024, 550);
         m_page->show();

@@ -148,6 +148,7 @@ check "a disk without a file system leaves no folder" test ! -e /mnt/sdb
 cat >/tmp/program <<'TEXT'
 #!/bin/bash
 echo "$$ $QT_QPA_PLATFORM" >>/tmp/starts
+echo "The program has a complaint" >&2
 trap 'echo ended >>/tmp/ends; exit 0' TERM
 while :; do sleep 0.1; done
 TEXT
@@ -167,10 +168,18 @@ is_over() {
     ! kill -0 "$keeper" 2>/dev/null
 }
 
+put_tool logger <<'TEXT'
+cat >>/tmp/log
+TEXT
+
 keep
 check "the program gets the settings" grep -q " vnc:size=800x480$" /tmp/starts
 kill -SEGV "$(cut -d' ' -f1 /tmp/starts)"
 check "a crash starts it again" within 10 starts 2
+check "the system's log has what the program says" \
+    within 10 grep -qsx "The program has a complaint" /tmp/log
+check "and that it has crashed" within 10 grep -qs "ended with 139" /tmp/log
+check "under the service's name" called "logger -t mosktest"
 kill "$keeper"
 check "stopping ends the program in order" within 10 test -e /tmp/ends
 check "and what keeps it running" within 10 is_over
@@ -178,5 +187,11 @@ check "and what keeps it running" within 10 is_over
 keep
 kill "$(cut -d' ' -f1 /tmp/starts)"
 check "a program that ends by itself stays so" within 10 is_over
+
+printf 'exit 1\n' | put_tool logger
+keep
+kill -SEGV "$(cut -d' ' -f1 /tmp/starts)" || true
+check "a crash starts it again where no system's log is" within 10 starts 2
+kill "$keeper" || true
 
 exit "$failures"

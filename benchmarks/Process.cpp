@@ -73,7 +73,8 @@ double Process::ProcessorMs() const
 {
     double nanoseconds = 0;
     const QDir tasks(QString("/proc/%1/task").arg(m_process.processId()));
-    for (const QString& task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+    const QStringList names = tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString& task : names) {
         nanoseconds += Read("task/" + task + "/schedstat").split(' ').value(0).toDouble();
     }
     return nanoseconds / 1e6;
@@ -82,7 +83,8 @@ double Process::ProcessorMs() const
 Process::Memory Process::MemoryNow() const
 {
     Memory memory;
-    for (const QByteArray& line : Read("smaps_rollup").split('\n')) {
+    const QList<QByteArray> lines = Read("smaps_rollup").split('\n');
+    for (const QByteArray& line : lines) {
         const double megabytes = line.simplified().split(' ').value(1).toDouble() / 1024;
         if (line.startsWith("Rss:")) {
             memory.residentMb = megabytes;
@@ -96,7 +98,8 @@ Process::Memory Process::MemoryNow() const
 QStringList Process::Libraries() const
 {
     QSet<QString> libraries;
-    for (const QByteArray& line : Read("maps").split('\n')) {
+    const QList<QByteArray> lines = Read("maps").split('\n');
+    for (const QByteArray& line : lines) {
         const QString path = QString(line).section(' ', 5).trimmed();
         if (path.contains(".so")) {
             libraries.insert(path);

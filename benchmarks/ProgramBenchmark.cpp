@@ -79,7 +79,7 @@ void CompareSizes()
     PrintRow("    its share where pages are shared", memory.proportionalMb, floor.proportionalMb);
     PrintRow("libraries and plug-ins mapped", libraries.size(), floorLibraries.size());
     std::sort(libraries.begin(), libraries.end());
-    for (const QString& library : libraries) {
+    for (const QString& library : qAsConst(libraries)) {
         if (!floorLibraries.contains(library)) {
             std::printf("      %s\n", qPrintable(library));
         }

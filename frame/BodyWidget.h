@@ -33,7 +33,7 @@ public:
     /// page.
     ///
     /// While a list or a box of the page is open, the change is put off. Of several ids, the last
-    /// one counts. Invokable by name, because some pages have no tab and are opened by id only.
+    /// one counts. Can be called by name, because some pages have no tab and are opened by id only.
     Q_INVOKABLE void OpenPage(int id);
 
     /// Builds the open page again, in the current language. This is put off like OpenPage().

@@ -19,6 +19,8 @@ public:
     void SetValue(const QString& key, const QString& value);
 
 private:
+    Q_DISABLE_COPY(MoskSettings)
+
     MoskSettings();
 
     QSettings* m_settings;

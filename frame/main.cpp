@@ -40,7 +40,7 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     const StopSignals stopSignals;
 
-    const QPixmap logo = LoadLogo();
+    const QPixmap logo = LoadLogo(); // clazy:exclude=unused-non-trivial-variable
     ApplyLook();
     MoskTranslator::GetTranslator();
 

@@ -47,6 +47,8 @@ public:
     }
 
 private:
+    Q_DISABLE_COPY(QtCameras)
+
     const QList<QCameraInfo> m_found;
     QCameraViewfinder* const m_viewfinder;
     std::unique_ptr<QCamera> m_camera;

@@ -27,7 +27,8 @@ void PaintPage()
 {
     // Paint all windows together. A VNC viewer that received only the button would not ask for
     // another picture before the check blocks.
-    for (QWidget* window : QApplication::topLevelWidgets()) {
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* window : windows) {
         QCoreApplication::sendPostedEvents(window, QEvent::UpdateRequest);
     }
     // The picture reaches the screen in the next turn of the event loop, and a VNC viewer two turns

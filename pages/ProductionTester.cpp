@@ -70,7 +70,8 @@ ReceiveView* ToolProductionTest::AddView(const QString& title)
 
 void ToolProductionTest::ProcessData(const QByteArray& chunk)
 {
-    for (const LogPiece& piece : m_log.Take(chunk)) {
+    const QVector<LogPiece> pieces = m_log.Take(chunk);
+    for (const LogPiece& piece : pieces) {
         m_detail->AddText(piece.echo);
         Post(piece.result);
     }

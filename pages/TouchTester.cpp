@@ -66,7 +66,8 @@ bool ToolTouchTest::eventFilter(QObject* watched, QEvent* event)
 /// Lights up one place, or none if `place` is null.
 void ToolTouchTest::Light(const QWidget* place)
 {
-    for (auto* button : findChildren<QPushButton*>()) {
+    const auto buttons = findChildren<QPushButton*>();
+    for (QPushButton* button : buttons) {
         if (button->underMouse() == (button == place)) {
             continue;
         }

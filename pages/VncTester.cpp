@@ -60,7 +60,8 @@ ToolVncTest::ToolVncTest(QWidget* parent) : QWidget(parent)
     connect(set, &QPushButton::clicked, this, &ToolVncTest::OnBtnSetClicked);
 
     LoadConfig();
-    for (QLineEdit* field : findChildren<QLineEdit*>()) {
+    const auto fields = findChildren<QLineEdit*>();
+    for (QLineEdit* field : fields) {
         connect(field, &QLineEdit::textChanged, this, [this, field] { m_touched.insert(field); });
     }
 }

@@ -56,7 +56,8 @@ void Board::PutTool(const QString& name, const QByteArray& script)
 void Board::RemoveTools()
 {
     QDir tools(toolsPath);
-    for (const QString& name : tools.entryList(QDir::Files)) {
+    const QStringList names = tools.entryList(QDir::Files);
+    for (const QString& name : names) {
         tools.remove(name);
     }
 }

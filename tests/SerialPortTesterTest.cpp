@@ -35,7 +35,7 @@ public:
         : m_descriptor(open(device, O_RDWR | O_NOCTTY | O_NONBLOCK)),
           m_notifier(m_descriptor, QSocketNotifier::Read)
     {
-        QObject::connect(&m_notifier, &QSocketNotifier::activated, [this, lastError] {
+        QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this, lastError] {
             char bytes[64];
             const ssize_t count = read(m_descriptor, bytes, sizeof bytes);
             m_taken.append(bytes, static_cast<int>(std::max<ssize_t>(count, 0)));

@@ -17,7 +17,8 @@ QList<QByteArray> CameraPlugin::devices(const QByteArray& service) const
 {
     QList<QByteArray> devices;
     if (service == Q_MEDIASERVICE_CAMERA) {
-        for (const BoardCamera& camera : CamerasOfTheBoard()) {
+        const QVector<BoardCamera> cameras = CamerasOfTheBoard();
+        for (const BoardCamera& camera : cameras) {
             devices.append(camera.device);
         }
     }
@@ -26,7 +27,8 @@ QList<QByteArray> CameraPlugin::devices(const QByteArray& service) const
 
 QString CameraPlugin::deviceDescription(const QByteArray& /*service*/, const QByteArray& device)
 {
-    for (const BoardCamera& camera : CamerasOfTheBoard()) {
+    const QVector<BoardCamera> cameras = CamerasOfTheBoard();
+    for (const BoardCamera& camera : cameras) {
         if (camera.device == device) {
             return camera.description;
         }

@@ -39,7 +39,8 @@ CameraSelector::CameraSelector() : m_cameras(CamerasOfTheBoard()) {}
 BoardCamera CameraSelector::Selected() const
 {
     const QByteArray device = m_cameras.value(m_selected).device;
-    for (const BoardCamera& camera : CamerasOfTheBoard()) {
+    const QVector<BoardCamera> cameras = CamerasOfTheBoard();
+    for (const BoardCamera& camera : cameras) {
         if (camera.device == device) {
             return camera;
         }

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <numeric>
+#include <string_view>
 #include <system_error>
 
 #include <poll.h>
@@ -13,7 +14,7 @@ namespace
 {
 
 // A frame is header, length, command, data and checksum. The length counts the bytes after it.
-const std::string header = "\x5A\xA5";
+constexpr std::string_view header = "\x5A\xA5";
 const std::size_t lengthEnd = 3;
 const std::size_t dataBegin = 4;
 const char setTime = 2;

@@ -11,9 +11,9 @@
 namespace
 {
 
-const QByteArray done = "OK\n";
-const QByteArray failed = "FAIL\n";
-const QByteArray resultsHeader = "bssid / frequency / signal level / flags / ssid\n";
+const char done[] = "OK\n";
+const char failed[] = "FAIL\n";
+const char resultsHeader[] = "bssid / frequency / signal level / flags / ssid\n";
 /// The longest reply in bytes. Networks that do not fit are left out.
 const int longestReply = 4095;
 
@@ -50,7 +50,7 @@ QByteArray ListTheAir()
         const QByteArray name = air[i].isHidden ? QByteArray() : Printed(air[i].name);
         const QByteArray line =
             QByteArrayList{Bssid(i), Frequency(i), air[i].signal, flags, name}.join('\t') + '\n';
-        if (resultsHeader.size() + list.size() + line.size() > longestReply) {
+        if (int(qstrlen(resultsHeader)) + list.size() + line.size() > longestReply) {
             break;
         }
         list += line;

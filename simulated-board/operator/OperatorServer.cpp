@@ -79,7 +79,8 @@ QAbstractButton* FindBoxButton(const QWidget* box, const QString& name)
             return button;
         }
     }
-    for (auto* button : box->findChildren<QAbstractButton*>()) {
+    const auto buttons = box->findChildren<QAbstractButton*>();
+    for (QAbstractButton* button : buttons) {
         if (button->text().remove('&') == name) {
             return button;
         }
@@ -89,7 +90,8 @@ QAbstractButton* FindBoxButton(const QWidget* box, const QString& name)
 
 QMainWindow* FindMainWindow()
 {
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* widget : windows) {
         if (auto* window = qobject_cast<QMainWindow*>(widget)) {
             return window;
         }
@@ -316,7 +318,8 @@ OperatorServer::Outcome OperatorServer::List(const QJsonObject& wish)
 {
     Outcome outcome;
     QJsonArray list;
-    for (const QWidget* widget : WidgetFinder::FindAll(wish["widget"].toString(), &outcome.error)) {
+    const auto widgets = WidgetFinder::FindAll(wish["widget"].toString(), &outcome.error);
+    for (const QWidget* widget : widgets) {
         list.append(WidgetReader::Describe(widget));
     }
     outcome.value = list;
@@ -385,7 +388,7 @@ OperatorServer::Outcome OperatorServer::Choose(const QJsonObject& wish)
     outcome.then = [box, index] {
         box->setCurrentIndex(index);
         // This signal stands for an operator's choice, even of the item that is already chosen.
-        if (box != nullptr) {
+        if (!box.isNull()) {
             QMetaObject::invokeMethod(box, "activated", Q_ARG(int, index));
         }
     };

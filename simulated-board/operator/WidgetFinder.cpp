@@ -18,7 +18,8 @@ struct Step {
 bool ReadSteps(const QString& selector, QList<Step>& steps)
 {
     static const QRegularExpression form(R"(^([^\[\]\s]+)(?:\[(\d{1,6})\])?$)");
-    for (const QString& word : selector.simplified().split(' ')) {
+    const QStringList words = selector.simplified().split(' ');
+    for (const QString& word : words) {
         const QRegularExpressionMatch match = form.match(word);
         if (!match.hasMatch()) {
             return false;
@@ -48,9 +49,11 @@ auto ReadingPlace(const QWidget* widget)
 QList<QWidget*> AllWidgets()
 {
     QList<QWidget*> widgets;
-    for (QWidget* window : QApplication::topLevelWidgets()) {
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* window : windows) {
         widgets.append(window);
-        for (auto* child : window->findChildren<QWidget*>()) {
+        const auto children = window->findChildren<QWidget*>();
+        for (QWidget* child : children) {
             if (child->window() == window) {
                 widgets.append(child);
             }
@@ -63,7 +66,8 @@ QList<QWidget*> AllWidgets()
 QList<QWidget*> Matching(const QString& name, const QWidget* parent)
 {
     QList<QWidget*> matches;
-    for (QWidget* widget : AllWidgets()) {
+    const QList<QWidget*> widgets = AllWidgets();
+    for (QWidget* widget : widgets) {
         const bool isBelow =
             parent == nullptr || (widget != parent && parent->isAncestorOf(widget));
         if (isBelow && (name.isEmpty() || widget->objectName() == name ||

@@ -35,7 +35,8 @@ bool ReadAs(const QWidget* widget, QString& text, Read read)
 
 QWidget* WidgetOf(const QWindow* window)
 {
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
+    const QWidgetList widgets = QApplication::topLevelWidgets();
+    for (QWidget* widget : widgets) {
         if (widget->windowHandle() == window) {
             return widget;
         }
@@ -162,7 +163,8 @@ QImage WidgetReader::PaintScreen()
     QPainter painter(&picture);
     // The list is in the order of creation: the main window comes first, a box after the window
     // below it.
-    for (const QWindow* window : QGuiApplication::topLevelWindows()) {
+    const QWindowList windows = QGuiApplication::topLevelWindows();
+    for (const QWindow* window : windows) {
         QWidget* widget = WidgetOf(window);
         if (widget != nullptr && widget->isVisible()) {
             painter.drawPixmap(widget->geometry().topLeft() - screen.topLeft(), widget->grab());

@@ -82,7 +82,8 @@ const Command commands[] = {
     {"cells", 1, 0,
      [](Operator& program, const QStringList& words) {
          QStringList lines;
-         for (const QStringList& row : program.Cells(words[0])) {
+         const QList<QStringList> rows = program.Cells(words[0]);
+         for (const QStringList& row : rows) {
              lines.append(row.join('\t'));
          }
          return lines.join('\n');

@@ -10,7 +10,8 @@ void VisitDatabase(Tour& tour)
     tour.PressForStatus("delete", test, "bodyWidget QLineEdit[3]", done, "ok");
 
     QStringList rows;
-    for (const QStringList& cells : tour.Program().Cells("bodyWidget QTableView")) {
+    const QList<QStringList> shown = tour.Program().Cells("bodyWidget QTableView");
+    for (const QStringList& cells : shown) {
         rows.append(cells.join(' '));
     }
     tour.Check("query", rows.join(", "),

@@ -1,9 +1,10 @@
 #!/bin/sh
 # Installs what is missing, builds with the address and undefined-behaviour sanitizers and runs
-# every test. Arguments go to ctest, such as -R BasicTester.
+# every test. Arguments go to ctest, such as -R BasicTester. tests/source-checks.sh checks the source.
 set -eu
 
 cd "$(dirname "$0")"
+echo "All the tests take about 4 minutes on two processors, after building"
 packaging/install-packages test
 
 echo "Building with sanitizers in build/asan"

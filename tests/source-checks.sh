@@ -1,34 +1,100 @@
 #!/bin/sh
-# Checks the source itself:
+# Checks the source itself, in all sections or in those that are named:
 #
-#   source-checks.sh format|shell|tidy BUILD
+#   source-checks.sh [format|shell|spelling|cppcheck|clazy|tidy]...
 #
-# format: every C++ file is formatted as .clang-format says.
-# shell: shellcheck reports nothing about any script.
-# tidy: clang-tidy reports nothing about any C++ file that BUILD compiles.
-# format: every C++ file as .clang-format says; shell: every script free of shellcheck's findings;
-# tidy: every C++ file that BUILD compiles free of clang-tidy's.
+# Each section runs to its end, whatever the one before has found.
 set -eu
 
-cd "$(dirname "$0")/.."
-rooms="protocols frame instruments pages simulated-board tests benchmarks virtual-board"
+cd -P "$(dirname "$0")/.."
+folders="protocols frame instruments pages simulated-board tests benchmarks virtual-board"
+sections="format shell spelling cppcheck clazy tidy"
 
-case $1 in
-format)
+# Every C++ file is formatted as .clang-format says.
+check_format() {
     # shellcheck disable=SC2086 # words
-    find $rooms '(' -name '*.h' -o -name '*.cpp' ')' -exec clang-format --dry-run -Werror {} +
-    ;;
-shell)
-    # shellcheck disable=SC2086
-    find .ci debian packaging run.sh test.sh $rooms -type f \
+    find $folders '(' -name '*.h' -o -name '*.cpp' ')' -exec clang-format --dry-run -Werror {} +
+}
+
+# No script has findings of shellcheck.
+check_shell() {
+    # shellcheck disable=SC2086 # words
+    find .ci debian packaging run.sh test.sh $folders -type f \
         -exec grep -lZE '^#!/bin/(ba)?sh|^# shellcheck shell=' {} + |
         xargs -0 shellcheck -x --source-path=.
-    ;;
-tidy)
-    # Skip generated files, which are in the build. A file that is not compiled has no compile
-    # command.
-    sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' "$2/compile_commands.json" | sort -u |
-        grep -v "^$(realpath "$2")" |
-        xargs -P "$(nproc)" -n 4 clang-tidy -p "$2" --quiet 2>/dev/null
-    ;;
-esac
+}
+
+# codespell knows every word. "successed" stands in the flashing log, "HDA" in the kernel.
+check_spelling() {
+    codespell --quiet-level=3 --skip=./.git,./build,./out --ignore-words-list=successed,hda .
+}
+
+# cppcheck reports nothing about any C++ file but what tests/cppcheck.supp gives a reason for.
+check_cppcheck() {
+    # shellcheck disable=SC2086 # words
+    cppcheck --quiet -j "$(nproc)" --error-exitcode=1 --language=c++ --std=c++17 --library=qt \
+        --enable=warning,style,performance,portability --suppressions-list=tests/cppcheck.supp \
+        -I . $folders
+}
+
+# Runs a shell's command for each C++ file, with the options that compile the file as arguments.
+for_each_source() {
+    for preset in asan fuzz; do
+        cmake --preset "$preset" >/dev/null && cmake --build --preset "$preset" -- --quiet || return
+    done
+    # Files that the build has generated are left out, and a file that two programs have comes once.
+    # shellcheck disable=SC2016 # for the inner shell
+    sed -n 's/^ *"command": "\(.*\)",$/\1/p' build/asan/compile_commands.json \
+        build/fuzz/compile_commands.json | grep -v " -c $PWD/build/" | awk '!seen[$NF]++' |
+        sed 's/\\\(.\)/\1/g' | xargs -L 1 -P "$(nproc)" sh -c '
+            while [ "${1#-}" = "$1" ]; do shift; done
+            '"$1" sh
+}
+
+# clazy, a compiler that knows the traps of Qt, warns of nothing. An arg() of several texts would
+# need a newer Qt than the board's. What a test copies, or makes at its start, costs nobody. QtTest's
+# macros leave out arguments.
+check_clazy() {
+    # shellcheck disable=SC2016 # for the inner shell
+    for_each_source '
+        for file; do :; done
+        export CLAZY_CHECKS=level0,level1,no-qstring-arg
+        case $file in "$PWD"/tests/*)
+            for costs in detaching-temporary non-pod-global-static qstring-ref range-loop-detach \
+                range-loop-reference use-static-qregularexpression; do
+                CLAZY_CHECKS=$CLAZY_CHECKS,no-$costs
+            done
+            ;;
+        esac
+        clazy -fsyntax-only "$@" -Werror -Wno-gnu-zero-variadic-macro-arguments'
+}
+
+# clang-tidy reports nothing about any C++ file.
+check_tidy() {
+    # shellcheck disable=SC2016 # for the inner shell
+    for_each_source 'for file; do :; done; exec clang-tidy --quiet "$file" -- "$@" 2>/dev/null'
+}
+
+# shellcheck disable=SC2086 # words
+[ $# -gt 0 ] || set -- $sections
+for section in "$@"; do
+    case " $sections " in
+    *" $section "*) ;;
+    *)
+        echo "Usage: source-checks.sh [$(echo "$sections" | tr ' ' '|')]..." >&2
+        exit 2
+        ;;
+    esac
+done
+packaging/install-packages checks
+
+failed=
+for section in "$@"; do
+    echo "Checking the source: $section"
+    "check_$section" || failed="$failed $section"
+done
+if [ -n "$failed" ]; then
+    echo "The source needs mending:$failed" >&2
+    exit 1
+fi
+echo "The source has nothing to mend"

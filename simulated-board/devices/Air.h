@@ -19,7 +19,3 @@ QList<Station> StationsInTheAir();
 
 /// How long a scan takes now, in ms.
 qint64 ScanTime();
-
-/// A network's name as the supplicant prints it. Quotes, back-slashes and bytes that are not
-/// printable ASCII become escapes.
-QByteArray Printed(const QByteArray& name);

@@ -56,6 +56,17 @@ public:
     }
 };
 
+class Nothing : public PortRole
+{
+public:
+    void Run(int master) override
+    {
+        for (;;) {
+            ReadSome(master);
+        }
+    }
+};
+
 /// Sends without end and never reads.
 class Flood : public PortRole
 {
@@ -186,6 +197,9 @@ std::unique_ptr<PortRole> MakePortRole(const std::string& name,
     }
     if (name == "echo") {
         return std::make_unique<Echo>();
+    }
+    if (name == "nothing") {
+        return std::make_unique<Nothing>();
     }
     if (name == "flood") {
         return std::make_unique<Flood>();

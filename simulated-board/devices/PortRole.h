@@ -18,6 +18,7 @@ public:
 ///
 ///   loopback     a plug that returns every byte
 ///   echo         a partner that answers each line with "echo: " and the line
+///   nothing      no device: bytes to it are lost
 ///   flood        a partner that sends as fast as it is read, without line ends
 ///   vanishing    an adapter that returns the first bytes and is then unplugged
 ///   log [good|bad|no-uboot|stuck]

@@ -1,5 +1,6 @@
 #include "simulated-board/devices/Supplicant.h"
 
+#include "simulated-board/Escapes.h"
 #include "simulated-board/devices/Air.h"
 
 #include <QNetworkInterface>

@@ -172,7 +172,7 @@ bool Operator::WaitForText(const QString& widget,
         if (m_error.isEmpty() && isWanted(shown)) {
             return true;
         }
-        if (limit.hasExpired() || m_socket.state() != QLocalSocket::ConnectedState) {
+        if (limit.hasExpired() || !m_isThere || (m_isStopped && m_isStopped())) {
             if (m_error.isEmpty()) {
                 Fail(QString("\"%1\" shows \"%2\" after %3 ms").arg(widget, shown).arg(limitMs));
             }
@@ -198,6 +198,7 @@ QJsonValue Operator::Ask(QJsonObject wish)
     while (true) {
         const QByteArray line = ReadLine(static_cast<int>(limit.remainingTime()));
         if (line.isEmpty()) {
+            m_isThere = false;
             return Fail(m_socket.state() == QLocalSocket::ConnectedState
                             ? QString("no answer to \"%1\" after %2 ms")
                                   .arg(wish["do"].toString())
@@ -209,6 +210,7 @@ QJsonValue Operator::Ask(QJsonObject wish)
         if (answer["id"].toInt() != m_lastId) {
             continue;
         }
+        m_isThere = true;
         return answer.contains("error") ? Fail(answer["error"].toString()) : answer["value"];
     }
 }
@@ -223,8 +225,14 @@ QJsonValue Operator::Fail(const QString& error)
 QByteArray Operator::ReadLine(int limitMs)
 {
     const QDeadlineTimer limit(limitMs);
+    const auto isOver = [&] {
+        return limit.hasExpired() || m_socket.state() != QLocalSocket::ConnectedState ||
+               (m_isStopped && m_isStopped());
+    };
     while (!m_socket.canReadLine()) {
-        if (!m_socket.waitForReadyRead(static_cast<int>(limit.remainingTime()))) {
+        // In short turns, so that a stop is noticed.
+        const qint64 turn = qMin<qint64>(limit.remainingTime(), 200);
+        if (!m_socket.waitForReadyRead(static_cast<int>(turn)) && isOver()) {
             return {};
         }
     }

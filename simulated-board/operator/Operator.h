@@ -30,6 +30,12 @@ public:
     /// Why the last call failed; empty when it did not.
     QString Error() const { return m_error; }
 
+    /// Whether the program still answers: false once it has gone, or a call has waited in vain.
+    bool IsThere() const { return m_isThere; }
+
+    /// Calls do not wait any longer once `isStopped` says so.
+    void SetStop(const std::function<bool()>& isStopped) { m_isStopped = isStopped; }
+
     /// How long calls wait for the program. By default longer than the longest check, which takes
     /// 30 s.
     void SetLimit(int limitMs) { m_limit = limitMs; }
@@ -83,6 +89,8 @@ private:
     QString m_socketPath;
     QLocalSocket m_socket;
     QString m_error;
+    std::function<bool()> m_isStopped;
+    bool m_isThere = false;
     int m_limit = 35000;
     int m_lastId = 0;
 };

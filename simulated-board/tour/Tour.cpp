@@ -1,17 +1,30 @@
 #include "simulated-board/tour/Tour.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QTextStream>
 #include <QThread>
 
 namespace
 {
 
+/// How long to wait for what the program or a device does, in ms. A slow board takes long for it,
+/// and only a check that goes wrong waits so long.
+const int limitMs = 30000;
+
+/// The program lists the languages in this order.
+const QStringList languages{"chinese", "english"};
+
+/// Thrown when the tour cannot go on.
+struct Ended {
+    QString reason;
+};
+
 void Print(const QString& line)
 {
-    QTextStream(stdout) << line << '\n';
+    QTextStream(stdout) << Visible(line) << '\n';
 }
 
 /// Reads the texts of a language file: lines KEY=TEXT after a byte-order mark.
@@ -30,57 +43,115 @@ QMap<QString, QString> ReadLabels(const QString& language)
     return labels;
 }
 
+QString KernelOfTheBoard()
+{
+    QFile file("/proc/version");
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).trimmed() : QString();
+}
+
 } // namespace
 
-Tour::Tour(const QString& pictures) : m_pictures(pictures)
+Tour::Tour(const BoardDescription& board, const QString& folder,
+           const std::function<bool()>& isStopped)
+    : m_board(board), m_folder(folder), m_isStopped(isStopped)
 {
-    QDir().mkpath(pictures);
+    m_report.kernel = KernelOfTheBoard();
+    m_program.SetLimit(2 * limitMs);
+    m_program.SetStop(isStopped);
+}
+
+void Tour::Introduce(const QString& board, const QString& program)
+{
+    m_report.board = m_board.title.isEmpty() ? board : m_board.title + " (" + board + ')';
+    m_report.program = program;
+}
+
+bool Tour::IsSimulated()
+{
+    return QFileInfo("/run/host/etc").isDir();
 }
 
 bool Tour::Walk(const QList<Page>& pages)
 {
-    QElapsedTimer walked;
-    walked.start();
-    // If the program hangs, each check would wait for half a minute.
-    m_program.SetLimit(10000);
-    if (!m_program.Connect()) {
-        Print(m_program.Error());
+    m_walked.start();
+    m_sinceLastCheck.start();
+    // If nothing ends this report, not even the tour itself, it says so.
+    if (!WriteReport()) {
         return false;
     }
-    const QStringList languages{"english", "chinese"};
-    for (const QString& language : languages) {
-        Print(QString("In %1:").arg(language));
-        // The program lists Chinese first.
-        ChooseLanguage(language == "english" ? 1 : 0, language);
-        for (const Page& page : pages) {
-            Open(page);
-            page.visit(*this);
-            TakePicture(page.name);
+    QString before;
+    try {
+        if (!m_program.Connect(2 * limitMs)) {
+            throw Ended{m_program.Error()};
         }
+        CloseBoxes();
+        m_program.ClickTab("menuTab", 0);
+        before =
+            languages.value(m_program.Property("bodyWidget QComboBox", "currentIndex").toInt());
+        WalkIn("english", pages);
+        WalkIn("chinese", pages);
+        m_report.incomplete.clear();
+    } catch (const Ended& ended) {
+        m_report.incomplete = ended.reason;
+        Print("Incomplete: " + ended.reason);
     }
-    Print(QString("%1 checks, %2 wrong, %3 s")
-              .arg(m_checks)
-              .arg(m_wrong)
-              .arg(static_cast<double>(walked.elapsed()) / 1000, 0, 'f', 1));
-    return m_wrong == 0;
+    PutLanguageBack(before);
+    if (!WriteReport()) {
+        return false;
+    }
+    Print(QString("%1 checks, %2 wrong, %3 left out, %4 s")
+              .arg(m_report.checks.size())
+              .arg(m_report.Count(Report::Verdict::Wrong))
+              .arg(m_report.Count(Report::Verdict::LeftOut))
+              .arg(static_cast<double>(m_report.ms) / 1000, 0, 'f', 1));
+    return m_report.IsGood();
 }
 
-void Tour::ChooseLanguage(int item, const QString& language)
+void Tour::WalkIn(const QString& language, const QList<Page>& pages)
+{
+    Print(QString("In %1:").arg(language));
+    ChooseLanguage(language);
+    for (const Page& page : pages) {
+        Open(page);
+        page.visit(*this);
+        TakePicture(page.name);
+        WriteReport();
+    }
+}
+
+void Tour::ChooseLanguage(const QString& language)
 {
     m_language = language;
     m_labels = ReadLabels(language);
     m_page = "home";
+    CloseBoxes();
     const bool isChosen = m_program.ClickTab("menuTab", 0) &&
-                          m_program.Choose("bodyWidget QComboBox", item) && m_program.Idle();
+                          m_program.Choose("bodyWidget QComboBox", languages.indexOf(language)) &&
+                          m_program.Idle();
     if (!isChosen) {
         Check("choice", m_program.Error(), language);
     }
     CheckText("language", "bodyWidget QLabel[0]", Label("Label_1000210"));
 }
 
+void Tour::PutLanguageBack(const QString& language)
+{
+    // A tour that was stopped still puts back what it has changed.
+    m_program.SetStop({});
+    m_isStopped = [] { return false; };
+    try {
+        if (!language.isEmpty() && m_program.IsThere()) {
+            ChooseLanguage(language);
+        }
+    } catch (const Ended& ended) {
+        m_report.incomplete = ended.reason;
+    }
+}
+
 void Tour::Open(const Page& page)
 {
     m_page = page.name;
+    CloseBoxes();
     if (page.tab >= 0) {
         m_program.ClickTab("menuTab", page.tab);
     } else {
@@ -89,42 +160,109 @@ void Tour::Open(const Page& page)
     m_program.Idle();
 }
 
+/// Closes the boxes that a check has left open which went wrong.
+void Tour::CloseBoxes()
+{
+    for (int i = 0; i < 3 && m_program.Count("QDialog") > 0; ++i) {
+        if (!m_program.PressBoxButton("No") && !m_program.PressBoxButton("Ok")) {
+            m_program.Click("toolTouchTest QPushButton[40]");
+        }
+        m_program.Idle();
+    }
+}
+
 QString Tour::Label(const QString& key) const
 {
     return m_labels.value(key, key);
 }
 
-void Tour::Check(const QString& check, const QString& shown, const QString& expected)
+void Tour::Check(const QString& check, const QString& shown, const QString& expected,
+                 const QString& note)
 {
-    const bool isRight = shown == expected;
-    QString verdict = isRight ? "ok" : QString("WRONG, expected \"%1\"").arg(expected);
-    if (!isRight && !m_program.Error().isEmpty()) {
-        verdict += ": " + m_program.Error();
+    Report::Check result;
+    result.shown = shown;
+    result.expected = expected;
+    result.note = note;
+    QString verdict = "ok";
+    if (shown != expected) {
+        result.verdict = Report::Verdict::Wrong;
+        verdict = QString("WRONG, expected \"%1\"").arg(expected);
+        if (!m_program.Error().isEmpty()) {
+            verdict += ": " + m_program.Error();
+            result.note = m_program.Error();
+        }
     }
     Print(QStringList{m_page, check, QString(shown).replace('\n', ' '), verdict}.join(" | "));
-    ++m_checks;
-    m_wrong += isRight ? 0 : 1;
+    Add(check, result);
+    if (m_isStopped()) {
+        throw Ended{"the tour was stopped"};
+    }
+    if (!m_program.IsThere()) {
+        throw Ended{m_program.Error()};
+    }
 }
 
-void Tour::CheckText(const QString& check, const QString& widget, const QString& expected)
+void Tour::LeaveOut(const QString& check, const QString& reason)
 {
-    Check(check, m_program.Text(widget), expected);
+    Report::Check result;
+    result.verdict = Report::Verdict::LeftOut;
+    result.note = reason;
+    Print(QStringList{m_page, check, "", "left out: " + reason}.join(" | "));
+    Add(check, result);
+}
+
+void Tour::Add(const QString& check, Report::Check result)
+{
+    result.language = m_language;
+    result.page = m_page;
+    result.name = check;
+    result.ms = m_sinceLastCheck.restart();
+    m_report.checks.append(result);
+}
+
+bool Tour::WriteReport()
+{
+    QString error;
+    m_report.ms = m_walked.elapsed();
+    const bool isWritten = m_report.Write(m_folder, &error);
+    if (!isWritten) {
+        Print(error);
+    }
+    return isWritten;
+}
+
+void Tour::CheckText(const QString& check, const QString& widget, const QString& expected,
+                     const QString& note)
+{
+    Check(check, m_program.Text(widget), expected, note);
+}
+
+bool Tour::WaitFor(const std::function<bool()>& isDone)
+{
+    const QDeadlineTimer limit(limitMs);
+    while (!isDone()) {
+        if (limit.hasExpired() || m_isStopped()) {
+            return false;
+        }
+        QThread::msleep(10);
+    }
+    return true;
 }
 
 void Tour::CheckFile(const QString& check, const QString& path, const QString& line)
 {
-    QElapsedTimer timer;
-    timer.start();
+    if (!IsSimulated()) {
+        LeaveOut(check, "nothing on this board writes down what the device has received");
+        return;
+    }
     QString shown;
-    do {
+    WaitFor([&] {
         QFile file(path);
         shown = file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-        if (shown.split('\n').contains(line)) {
-            shown = line;
-            break;
-        }
-        QThread::msleep(10);
-    } while (timer.elapsed() < 5000);
+        const bool isThere = shown.split('\n').contains(line);
+        shown = isThere ? line : shown;
+        return isThere;
+    });
     Check(check, shown, line);
 }
 
@@ -140,12 +278,12 @@ void Tour::Press(const QString& check, const QString& button, const QString& fie
 }
 
 void Tour::PressForStatus(const QString& check, const QString& button, const QString& field,
-                          const QString& expected, const QString& status)
+                          const QString& expected, const QString& status, const QString& note)
 {
     m_program.Click(button);
-    const QString shown = m_program.Text(field);
-    const QString shownStatus = m_program.Property(field, "status").toString();
-    Check(check, shown + ", " + shownStatus, expected + ", " + status);
+    const QString shown =
+        m_program.Text(field) + ", " + m_program.Property(field, "status").toString();
+    Check(check, shown, expected + ", " + status, note);
 }
 
 void Tour::PressAndCancel(const QString& check, const QString& button, const QString& question)
@@ -156,6 +294,12 @@ void Tour::PressAndCancel(const QString& check, const QString& button, const QSt
     m_program.PressBoxButton("No");
     m_program.Idle();
     Check(check + " cancelled", m_program.Count("QMessageBox") == 0 ? "closed" : "open", "closed");
+}
+
+void Tour::Type(const QString& field, const QString& text)
+{
+    m_program.SetText(field, text);
+    PutKeyboardAway();
 }
 
 void Tour::PutKeyboardAway()
@@ -172,8 +316,14 @@ void Tour::PutKeyboardAway()
 
 void Tour::TakePicture(const QString& name)
 {
-    const QString path = QString("%1/%2-%3.png").arg(m_pictures, name, m_language);
-    if (!m_program.Screenshot(path)) {
+    const QByteArray png = m_program.Screenshot();
+    const QString path = QString("%1/%2-%3.png").arg(m_folder, name, m_language);
+    QFile file(path);
+    if (png.isEmpty()) {
         Check("picture", m_program.Error(), path);
+    } else if (!file.open(QIODevice::WriteOnly) || file.write(png) != png.size()) {
+        Check("picture", file.errorString(), path);
+    } else {
+        m_report.pictures.append({m_language, name, png});
     }
 }

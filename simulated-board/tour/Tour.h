@@ -1,12 +1,18 @@
 #pragma once
 
+#include "simulated-board/BoardDescription.h"
 #include "simulated-board/operator/Operator.h"
+#include "simulated-board/tour/Report.h"
 
+#include <QElapsedTimer>
 #include <QMap>
 #include <QString>
 
-/// A walk through the running program. It presses every check and compares the results with those
-/// of a good board. For each check it prints one line: page, check, the text shown, verdict.
+#include <functional>
+
+/// A walk through the running program. It presses every check and compares what it shows with what
+/// the board's description lets expect. For each check it prints one line: page, check, the text
+/// shown, verdict. The same goes into a report.
 class Tour
 {
 public:
@@ -18,11 +24,23 @@ public:
         void (*visit)(Tour&);
     };
 
-    /// Pictures of the pages are saved in the folder `pictures`.
-    explicit Tour(const QString& pictures);
+    /// The report and the pictures of the pages are saved in `folder`. The walk ends early when
+    /// `isStopped` says so.
+    Tour(const BoardDescription& board, const QString& folder,
+         const std::function<bool()>& isStopped);
 
-    /// Walks through the pages in both languages. True when every check showed the expected result.
+    /// Says in the report which board and which program this is.
+    void Introduce(const QString& board, const QString& program);
+
+    /// Walks through the pages in both languages and writes the report. True when it came to its
+    /// end and every check showed the expected result.
     bool Walk(const QList<Page>& pages);
+
+    /// The board that the program runs on.
+    const BoardDescription& Board() const { return m_board; }
+
+    /// Whether it is the simulated board, whose devices and tools write down what they received.
+    static bool IsSimulated();
 
     /// The program that the tour drives.
     Operator& Program() { return m_program; }
@@ -30,13 +48,23 @@ public:
     /// The text of a language key in the tour's current language.
     QString Label(const QString& key) const;
 
-    /// Compares what a check showed with what it should show, and prints the verdict.
-    void Check(const QString& check, const QString& shown, const QString& expected);
+    /// Compares what a check showed with what it should show. The note says why it should, if the
+    /// page alone does not tell. These functions do not return once the program has gone or the
+    /// tour has been stopped.
+    void Check(const QString& check, const QString& shown, const QString& expected,
+               const QString& note = {});
+
+    /// Says that a check is left out, and why.
+    void LeaveOut(const QString& check, const QString& reason);
 
     /// Checks the text that a widget shows.
-    void CheckText(const QString& check, const QString& widget, const QString& expected);
+    void CheckText(const QString& check, const QString& widget, const QString& expected,
+                   const QString& note = {});
 
-    /// Waits up to 5 s for a line in a file that a simulated device writes.
+    /// Waits until `isDone` is true, for half a minute at most. Returns whether it became true.
+    bool WaitFor(const std::function<bool()>& isDone);
+
+    /// Waits for a line in a file that a simulated device writes. Left out on a real board.
     void CheckFile(const QString& check, const QString& path, const QString& line);
 
     /// Presses a button and checks the text that `field` shows. The text is read when the button's
@@ -47,27 +75,37 @@ public:
     /// Like Press(). The field's property "status", which sets its colour, must be `status` as
     /// well.
     void PressForStatus(const QString& check, const QString& button, const QString& field,
-                        const QString& expected, const QString& status);
+                        const QString& expected, const QString& status, const QString& note = {});
 
     /// Presses a button that opens a box, checks the box's question, and presses the box's button
     /// "No".
     void PressAndCancel(const QString& check, const QString& button, const QString& question);
 
-    /// Presses the key that hides the on-screen keyboard, which covers the lower buttons.
-    void PutKeyboardAway();
+    /// Types a text in place of a field's text and hides the on-screen keyboard, which covers the
+    /// lower buttons.
+    void Type(const QString& field, const QString& text);
 
     /// Saves the screen as NAME-LANGUAGE.png.
     void TakePicture(const QString& name);
 
 private:
-    void ChooseLanguage(int item, const QString& language);
+    void WalkIn(const QString& language, const QList<Page>& pages);
+    void ChooseLanguage(const QString& language);
     void Open(const Page& page);
+    void CloseBoxes();
+    void PutKeyboardAway();
+    void PutLanguageBack(const QString& language);
+    void Add(const QString& check, Report::Check result);
+    bool WriteReport();
 
+    BoardDescription m_board;
     Operator m_program;
-    QString m_pictures;
+    Report m_report;
+    QString m_folder;
+    std::function<bool()> m_isStopped;
     QString m_language;
     QMap<QString, QString> m_labels;
     QString m_page;
-    int m_checks = 0;
-    int m_wrong = 0;
+    QElapsedTimer m_walked;
+    QElapsedTimer m_sinceLastCheck;
 };

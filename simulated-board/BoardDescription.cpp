@@ -1,0 +1,245 @@
+#include "simulated-board/BoardDescription.h"
+
+#include "simulated-board/Escapes.h"
+
+#include <QFile>
+#include <QRegularExpression>
+
+#include <sys/stat.h>
+
+namespace
+{
+
+/// Why a line is refused.
+struct Refusal {
+    QString reason;
+};
+
+void Require(bool isRight, const QString& reason)
+{
+    if (!isRight) {
+        throw Refusal{reason};
+    }
+}
+
+bool Matches(const QString& text, const char* pattern)
+{
+    return QRegularExpression(QRegularExpression::anchoredPattern(pattern)).match(text).hasMatch();
+}
+
+QString Address(const QString& text)
+{
+    const QString byte = "(25[0-5]|2[0-4][0-9]|1?[0-9]?[0-9])";
+    Require(Matches(text, qPrintable(QString("(%1\\.){3}%1").arg(byte))),
+            QString("\"%1\" is no address: it takes four numbers, such as 192.168.10.1").arg(text));
+    return text;
+}
+
+QString Interface(const QString& text)
+{
+    Require(QStringList{"eth0", "usb0", "wlan0"}.contains(text),
+            QString("\"%1\" is no interface: it takes eth0, usb0 or wlan0").arg(text));
+    return text;
+}
+
+int Number(const QString& text, int largest)
+{
+    Require(Matches(text, "[0-9]{1,6}") && text.toInt() <= largest,
+            QString("\"%1\" is no number from 0 to %2").arg(text).arg(largest));
+    return text.toInt();
+}
+
+/// The first line of a file that holds a secret. Nobody but its owner and root may read it.
+QString SecretIn(const QString& path)
+{
+    QFile file(path);
+    Require(file.open(QIODevice::ReadOnly),
+            QString("cannot read %1: %2").arg(path, file.errorString()));
+    struct stat state = {};
+    Require(fstat(file.handle(), &state) == 0 && (state.st_mode & (S_IRWXG | S_IRWXO)) == 0 &&
+                state.st_uid == 0,
+            QString("others than root can read %1: chown root %1; chmod 600 %1").arg(path));
+    const QString secret = QString::fromUtf8(file.readLine(1000)).section('\n', 0, 0);
+    Require(!secret.isEmpty(), QString("%1 is empty").arg(path));
+    return secret;
+}
+
+void ReadNetwork(BoardDescription& board, const QStringList& words)
+{
+    BoardDescription::Network network;
+    network.name = Unescaped(words[1].toUtf8());
+    Require(words[2] == "-" || Matches(words[2], "-?[0-9]{1,3}"),
+            QString("\"%1\" is no signal: it takes a number of dBm, or - if it is not known")
+                .arg(words[2]));
+    network.signal = words[2] == "-" ? QString() : words[2];
+    if (words[3].startsWith('@')) {
+        network.passphrase = SecretIn(words[3].mid(1));
+    } else if (words[3] != "-") {
+        network.passphrase = QString::fromUtf8(Unescaped(words[3].toUtf8()));
+    }
+    for (int i = 4; i < words.size(); ++i) {
+        if (words[i] == "hidden") {
+            network.isHidden = true;
+        } else if (words[i] == "slow") {
+            network.isSlow = true;
+        } else if (words[i] == "far" && i + 1 < words.size()) {
+            network.far = Address(words[++i]);
+        } else {
+            throw Refusal{
+                QString("\"%1\" is unknown: it takes hidden, slow or far ADDRESS").arg(words[i])};
+        }
+    }
+    board.networks.append(network);
+}
+
+void ReadPort(BoardDescription& board, const QStringList& words)
+{
+    const QStringList roles{"loopback", "echo",       "flood", "vanishing",
+                            "modem",    "controller", "log",   "nothing"};
+    const QStringList logs{"good", "bad", "no-uboot", "stuck"};
+    Require(!words[1].contains('/'), "a port is named without /dev/");
+    Require(roles.contains(words[2]),
+            QString("\"%1\" is no role: it takes one of %2").arg(words[2], roles.join(", ")));
+    if (words.size() > 3) {
+        Require(words[2] == "log" && words.size() == 4 && logs.contains(words[3]),
+                QString("\"%1\" is unknown: a log takes one of %2").arg(words[3], logs.join(", ")));
+    }
+    Require(board.RoleOf(words[1]).isEmpty(), QString("%1 is there twice").arg(words[1]));
+    board.ports.append({words[1], words[2], words.mid(3)});
+}
+
+void ReadCamera(BoardDescription& board, const QStringList& words)
+{
+    Require(
+        Matches(words[2], "#[0-9a-f]{6}|busy|any"),
+        QString("\"%1\" is no colour: it takes one such as #2060c0, any, or busy").arg(words[2]));
+    board.cameras.append({words[1], words[2], words.mid(3).join(' ')});
+}
+
+/// A keyword, and how many arguments it takes.
+struct Keyword {
+    const char* name;
+    int least;
+    int most;
+    void (*read)(BoardDescription& board, const QStringList& words);
+};
+
+const int any = 10000;
+
+const Keyword keywords[] = {
+    {"language", 1, 1,
+     [](BoardDescription&, const QStringList& words) {
+         Require(words[1] == "english" || words[1] == "chinese",
+                 QString("\"%1\" is no language: it takes english or chinese").arg(words[1]));
+     }},
+    {"version", 1, any,
+     [](BoardDescription& board, const QStringList& words) {
+         board.version = words.mid(1).join(' ');
+     }},
+    {"stick", 1, 2, [](BoardDescription& board, const QStringList&) { ++board.sticks; }},
+    {"usb-storage", 0, 0, [](BoardDescription&, const QStringList&) {}},
+    {"mmc", 1, 10,
+     [](BoardDescription& board, const QStringList& words) {
+         for (const QString& word : words.mid(1)) {
+             board.mmc.append(Number(word, 9));
+         }
+     }},
+    {"link", 3, 3,
+     [](BoardDescription& board, const QStringList& words) {
+         board.links[Interface(words[1])] = {Address(words[2]), Address(words[3])};
+     }},
+    {"host", 2, 2,
+     [](BoardDescription& board, const QStringList& words) {
+         board.hosts[words[1]] = Address(words[2]);
+     }},
+    {"silent", 2, 2,
+     [](BoardDescription& board, const QStringList& words) {
+         board.silent[Interface(words[1])].append(Address(words[2]));
+     }},
+    {"wlan0", 1, 1,
+     [](BoardDescription&, const QStringList& words) {
+         Require(words[1] == "up" || words[1] == "down", "wlan0 takes up or down");
+     }},
+    {"bus", 1, 1,
+     [](BoardDescription& board, const QStringList& words) { board.buses.append(words[1]); }},
+    {"network", 3, 7, ReadNetwork},
+    {"scan-time", 1, 1,
+     [](BoardDescription&, const QStringList& words) {
+         Require(Matches(words[1], "[0-9]+(\\.[0-9]+)?"),
+                 QString("\"%1\" is no number of seconds").arg(words[1]));
+     }},
+    {"port", 2, any, ReadPort},
+    {"sound", 2, 2,
+     [](BoardDescription& board, const QStringList& words) {
+         board.sounds.append({words[1], Number(words[2], 3600)});
+     }},
+    {"camera", 3, any, ReadCamera},
+    {"file", 1, any,
+     [](BoardDescription& board, const QStringList& words) {
+         Require(words[1].startsWith('/'), "a file is named from the root: /etc/...");
+         board.files[words[1]] = Unescaped(words.mid(2).join(' ').toUtf8());
+     }},
+};
+
+void ReadLine(BoardDescription& board, const QString& line)
+{
+    const QStringList words = line.split(' ', Qt::SkipEmptyParts);
+    if (words.isEmpty() || words[0].startsWith('#')) {
+        return;
+    }
+    for (const Keyword& keyword : keywords) {
+        if (words[0] == keyword.name) {
+            const int count = words.size() - 1;
+            Require(count >= keyword.least,
+                    QString("%1 takes %2 arguments or more").arg(words[0]).arg(keyword.least));
+            Require(count <= keyword.most,
+                    QString("%1 takes %2 arguments at most").arg(words[0]).arg(keyword.most));
+            keyword.read(board, words);
+            return;
+        }
+    }
+    throw Refusal{QString("\"%1\": no such keyword").arg(words[0])};
+}
+
+} // namespace
+
+bool BoardDescription::Answers(const QString& interface, const QString& address) const
+{
+    return links.contains(interface) && links[interface].far == address &&
+           !silent[interface].contains(address);
+}
+
+QString BoardDescription::RoleOf(const QString& port) const
+{
+    for (const Port& each : ports) {
+        if (each.name == port) {
+            return each.role;
+        }
+    }
+    return {};
+}
+
+std::optional<BoardDescription> ReadBoardDescription(const QString& path, QString* error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = QString("%1: %2").arg(path, file.errorString());
+        return std::nullopt;
+    }
+    BoardDescription board;
+    int number = 0;
+    while (!file.atEnd()) {
+        const QString line = QString::fromUtf8(file.readLine()).section('\n', 0, 0);
+        ++number;
+        if (number == 1 && line.startsWith('#')) {
+            board.title = line.mid(1).trimmed();
+        }
+        try {
+            ReadLine(board, line);
+        } catch (const Refusal& refusal) {
+            *error = QString("%1:%2: %3").arg(path).arg(number).arg(refusal.reason);
+            return std::nullopt;
+        }
+    }
+    return board;
+}

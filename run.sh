@@ -6,7 +6,7 @@ usage() {
     cat <<'TEXT'
 Usage: run.sh [tour | vnc [PORT] | board] [--size WIDTHxHEIGHT]
   (nothing)   the program in a window; where there is no display, the tour
-  tour        presses every check, prints what each showed, saves pictures in out/tour
+  tour        presses every check, prints what each showed, leaves a report in out/tour
   vnc [PORT]  shows the program to a VNC viewer at localhost:PORT (5900)
   board       the program on an ARMv7 board in QEMU, at localhost:5900 (docs/virtual-board.md)
 TEXT

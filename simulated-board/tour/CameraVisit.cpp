@@ -45,7 +45,10 @@ void Close(Tour& tour)
 
 void Watch(Tour& tour, const BoardDescription::Camera& camera)
 {
-    tour.Program().Choose("bodyWidget QComboBox", camera.name);
+    if (!tour.Program().Choose("bodyWidget QComboBox", camera.name)) {
+        tour.Check(camera.name, "not in the list", "in the list");
+        return;
+    }
     tour.Program().Click("btnopen");
     if (camera.colour == "busy") {
         CheckPicture(tour, camera.name, black, "the camera is busy");

@@ -17,14 +17,16 @@ h2 { margin: 2rem 0 .5rem; font-size: 1.15rem; }
 dl { display: grid; grid-template-columns: auto 1fr; gap: .2rem 1rem; margin: 1rem 0; }
 dt { color: #666; }
 dd { margin: 0; overflow-wrap: anywhere; }
-table { width: 100%; border-collapse: collapse; }
+table { width: 100%; table-layout: fixed; border-collapse: collapse; }
 th, td { padding: .35rem .6rem; border-bottom: 1px solid #ddd; text-align: left;
          vertical-align: top; overflow-wrap: anywhere; white-space: pre-line; }
 th { color: #666; font-weight: normal; }
+th:nth-child(1) { width: 15%; }
+th:nth-child(2) { width: 19%; }
+th.time { width: 5rem; text-align: right; }
 td.time { text-align: right; white-space: nowrap; }
-tr.wrong td { background: #fde8e8; }
-tr.wrong td:first-child { border-left: .3rem solid #c4161c; }
-tr.left-out td { color: #666; }
+.wrong td { background: #fde8e8; }
+.wrong td:first-child { border-left: .3rem solid #c4161c; }
 .note { color: #666; font-size: .9rem; }
 .pictures { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 22rem), 1fr));
             gap: 1rem; }
@@ -35,7 +37,9 @@ figcaption { color: #666; font-size: .9rem; }
   thead { display: none; }
   tr { display: block; padding: .3rem 0; border-bottom: 1px solid #ddd; }
   td { display: block; border: 0; padding: .1rem .6rem; }
-  td[title]::before { content: attr(title) ': '; color: #666; }
+  .wrong td { border-left: .3rem solid #c4161c; }
+  td:nth-child(2) { font-weight: bold; }
+  td[data-column]::before { content: attr(data-column) ': '; color: #666; }
   td.time { text-align: left; }
 }
 )";
@@ -102,12 +106,13 @@ void WriteFacts(QXmlStreamWriter& html, const Report& report)
     html.writeEndElement();
 }
 
+/// Writes a cell. On a small screen the cells stand below each other, this one behind its column's
+/// name.
 void WriteCell(QXmlStreamWriter& html, const QString& column, const QString& text,
                const QString& note = {})
 {
     html.writeStartElement("td");
-    // On a small screen the cells stand below each other, each behind its column's name.
-    html.writeAttribute("title", column);
+    html.writeAttribute("data-column", column);
     html.writeCharacters(Visible(text));
     if (!note.isEmpty()) {
         WriteText(html, "div", note, "note");
@@ -115,41 +120,49 @@ void WriteCell(QXmlStreamWriter& html, const QString& column, const QString& tex
     html.writeEndElement();
 }
 
-void WriteRow(QXmlStreamWriter& html, const Report::Check& check, const char* cssClass)
+void WriteRow(QXmlStreamWriter& html, const Report::Check& check)
 {
-    html.writeStartElement("tr");
-    html.writeAttribute("class", cssClass);
     WriteText(html, "td", QString("%1, %2").arg(check.page, check.language));
     WriteText(html, "td", check.name);
-    WriteCell(html, "shown", check.shown, check.note);
-    if (check.verdict == Report::Verdict::Wrong) {
-        WriteCell(html, "expected", check.expected);
-    } else {
-        WriteText(html, "td", check.expected == check.shown ? "the same" : check.expected);
+    if (check.verdict == Report::Verdict::LeftOut) {
+        WriteText(html, "td", check.note);
+        return;
     }
+    WriteCell(html, "shown", check.shown);
+    WriteCell(html, "expected", check.expected, check.note);
     WriteText(html, "td", Seconds(check.ms), "time");
+}
+
+void WriteColumns(QXmlStreamWriter& html, Report::Verdict verdict)
+{
+    const QStringList columns = verdict == Report::Verdict::LeftOut
+                                    ? QStringList{"Page", "Check", "Why"}
+                                    : QStringList{"Page", "Check", "Shown", "Expected", "Time"};
+    html.writeStartElement("thead");
+    html.writeStartElement("tr");
+    for (const QString& column : columns) {
+        WriteText(html, "th", column, column == "Time" ? "time" : "");
+    }
+    html.writeEndElement();
     html.writeEndElement();
 }
 
 void WriteChecks(QXmlStreamWriter& html, const Report& report, Report::Verdict verdict,
-                 const QString& title, const char* cssClass)
+                 const QString& title, const QString& cssClass)
 {
     if (report.Count(verdict) == 0) {
         return;
     }
     WriteText(html, "h2", title);
     html.writeStartElement("table");
-    html.writeStartElement("thead");
-    html.writeStartElement("tr");
-    for (const char* column : {"Page", "Check", "Shown", "Expected", "Time"}) {
-        WriteText(html, "th", column);
-    }
-    html.writeEndElement();
-    html.writeEndElement();
+    html.writeAttribute("class", cssClass);
+    WriteColumns(html, verdict);
     html.writeStartElement("tbody");
     for (const Report::Check& check : report.checks) {
         if (check.verdict == verdict) {
-            WriteRow(html, check, cssClass);
+            html.writeStartElement("tr");
+            WriteRow(html, check);
+            html.writeEndElement();
         }
     }
     html.writeEndElement();

@@ -57,12 +57,12 @@ void VisitProduction(Tour& tour)
         tour.Program().WaitForText(summary, expected, 180000);
     }
     tour.CheckText("burnt", summary, expected);
-    tour.TakePicture("production-summary");
-
     tour.Program().Click("btnDetail");
+    tour.TakePicture("production-detail");
     if (tour.Board().RoleOf("ttyS2") == "log") {
         const QString detail = tour.Program().Text("bodyWidget QTextEdit");
         tour.Check("detail", detail.contains("begin to erase flash") ? "the log" : detail,
                    "the log");
     }
+    tour.Program().Click("btnSummary");
 }

@@ -3,6 +3,84 @@
 
 #include <QDir>
 #include <QTest>
+#include <QXmlStreamReader>
+
+#include <csignal>
+#include <memory>
+
+namespace
+{
+
+const QString folder = "/tmp/tour";
+const QString described = "/tmp/bench.board";
+
+/// An element of an XML file: its name, its attributes, and its text with that of the elements in
+/// it.
+struct Element {
+    QString name;
+    QXmlStreamAttributes attributes;
+    QString text;
+
+    QString operator[](const char* attribute) const
+    {
+        return attributes.value(attribute).toString();
+    }
+};
+
+/// Reads all elements of a file in their order. Fails the test when it is not well-formed XML.
+QList<Element> ElementsOf(const QString& path)
+{
+    QXmlStreamReader xml(Board::ReadFile(path));
+    QList<Element> elements;
+    QList<int> open;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (xml.isStartElement()) {
+            open.append(elements.size());
+            elements.append({xml.name().toString(), xml.attributes(), {}});
+        } else if (xml.isEndElement()) {
+            open.removeLast();
+        } else if (xml.isCharacters()) {
+            for (const int index : qAsConst(open)) {
+                elements[index].text += xml.text();
+            }
+        }
+    }
+    if (xml.hasError()) {
+        QTest::qFail(qPrintable(path + ": " + xml.errorString()), __FILE__, __LINE__);
+    }
+    return elements;
+}
+
+QList<Element> ElementsNamed(const QString& name, const QList<Element>& elements)
+{
+    QList<Element> named;
+    for (const Element& element : elements) {
+        if (element.name == name) {
+            named.append(element);
+        }
+    }
+    return named;
+}
+
+/// The element of report.xml that tells how a check went: "system-out", "failure" or "skipped".
+Element ResultOf(const QString& page, const QString& check)
+{
+    const QList<Element> elements = ElementsOf(folder + "/report.xml");
+    for (int i = 0; i + 1 < elements.size(); ++i) {
+        if (elements[i]["classname"] == page && elements[i]["name"] == check) {
+            return elements[i + 1];
+        }
+    }
+    return {};
+}
+
+QString Page()
+{
+    return QString::fromUtf8(Board::ReadFile(folder + "/report.html"));
+}
+
+} // namespace
 
 /// Runs the tour with the real program. The board starts the program again after each restart.
 class TourTest : public QObject
@@ -15,44 +93,73 @@ private slots:
 
     void goodBoardPasses();
     void boardWithFaultsDoesNotPass();
+    void whatIsNotThereIsLeftOutOrFails();
+    void stoppedTourIsIncomplete();
+    void tourOfAProgramThatDiesIsIncomplete();
+    void tourWithoutAProgramIsIncomplete();
+    void wrongDescriptionIsRefused();
+    void unwritableReportIsRefused();
 
 private:
-    int TakeTour(const QByteArray& board);
+    void StartTour(const QByteArray& board, const QByteArray& expected);
+    int TakeTour(const QByteArray& board, const QByteArray& expected);
+    bool WaitForLine(const QByteArray& line);
 
     QString m_home = QString::fromLocal8Bit(qgetenv("BOARD_HOME"));
+    QByteArray m_default = Board::ReadFile(m_home + "/../boards/default.board");
     QProcess m_program;
+    std::unique_ptr<QProcess> m_tour;
     QStringList m_lines;
 };
 
 void TourTest::init()
 {
     PutOperatorAt(m_program);
-    QDir("/tmp/tour").removeRecursively();
+    QDir(folder).removeRecursively();
+    m_tour = std::make_unique<QProcess>();
+    m_tour->setProcessChannelMode(QProcess::ForwardedErrorChannel);
 }
 
 void TourTest::cleanup()
 {
+    m_tour.reset();
     QProcess::execute("killall", {"-q", "MoskTest"});
     m_program.waitForFinished();
 }
 
-int TourTest::TakeTour(const QByteArray& board)
+/// Starts the tour at a board; `expected` describes what the tour believes it to be.
+void TourTest::StartTour(const QByteArray& board, const QByteArray& expected)
 {
     Board::Become(board);
+    Board::WriteFile(described, expected);
     m_program.start(m_home + "/start-program", {Built("MoskTest")});
-    QProcess tour;
-    tour.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    tour.start(Built("simulated-board/tour"), {"/tmp/tour"});
-    if (!tour.waitForFinished(120000)) {
+    m_tour->start(Built("simulated-board/tour"), {"--board", described, "--report", folder});
+}
+
+int TourTest::TakeTour(const QByteArray& board, const QByteArray& expected)
+{
+    StartTour(board, expected);
+    if (!m_tour->waitForFinished(240000)) {
         return -1;
     }
-    m_lines = QString::fromUtf8(tour.readAllStandardOutput()).split('\n');
-    return tour.exitCode();
+    m_lines = QString::fromUtf8(m_tour->readAllStandardOutput()).split('\n');
+    return m_tour->exitCode();
+}
+
+/// Waits until the tour has printed a line that begins so.
+bool TourTest::WaitForLine(const QByteArray& line)
+{
+    return QTest::qWaitFor(
+        [&] {
+            m_tour->waitForReadyRead(10);
+            return m_tour->peek(1 << 20).contains('\n' + line);
+        },
+        60000);
 }
 
 void TourTest::goodBoardPasses()
 {
-    const int status = TakeTour(Board::ReadFile(m_home + "/../boards/default.board"));
+    const int status = TakeTour(m_default, m_default);
 
     QVERIFY2(status == 0, qPrintable(m_lines.join('\n')));
     QVERIFY(m_lines.contains("home | reboot | sync, reboot | ok"));
@@ -62,22 +169,37 @@ void TourTest::goodBoardPasses()
     QVERIFY(m_lines.contains("wifi | connect | Connected MoskBench | ok"));
     QVERIFY(m_lines.contains("wifi | ping | 成功！, ok | ok"));
     QVERIFY(m_lines.contains("remote-access | set 6001 | Set success! | ok"));
-    const QStringList pictures = QDir("/tmp/tour").entryList({"*.png"});
-    for (const char* page : {"home", "basic", "touch", "serial", "wifi", "voice", "can", "database",
+
+    const QList<Element> page = ElementsOf(folder + "/report.html");
+    const QList<Element> suite = ElementsNamed("testsuite", ElementsOf(folder + "/report.xml"));
+    const QStringList pictures = QDir(folder).entryList({"*.png"});
+    QCOMPARE(ElementsNamed("h1", page).value(0).text, QString("Passed"));
+    QCOMPARE(ElementsNamed("img", page).size(), pictures.size());
+    QCOMPARE(suite.value(0)["failures"] + suite.value(0)["errors"], QString("00"));
+    QCOMPARE(ResultOf("english.wifi", "connect").text, QString("Connected MoskBench"));
+    for (const char* name : {"home", "basic", "touch", "serial", "wifi", "voice", "can", "database",
                              "production", "remote-access", "camera"}) {
-        QVERIFY(pictures.contains(QString("%1-english.png").arg(page)));
-        QVERIFY(pictures.contains(QString("%1-chinese.png").arg(page)));
+        for (const char* language : {"english", "chinese"}) {
+            const QString file = QString("%1/%2-%3.png").arg(folder, name, language);
+            QVERIFY2(Page().contains(Board::ReadFile(file).toBase64()), qPrintable(file));
+        }
     }
+    // What the tour has changed is as before.
+    QVERIFY(Board::ReadFile("/etc/mosk.ini").contains("english"));
+    QVERIFY(m_default.contains(Board::ReadFile("/etc/frpc.ini").replace('\n', "\\n")));
+    QCOMPARE(QProcess::execute("sh", {"-c", "ip link show wlan0 | grep -q 'state DOWN'"}), 0);
 }
 
 void TourTest::boardWithFaultsDoesNotPass()
 {
     const QByteArray stick = "stick Kingston DataTraveler\n";
     const QByteArray ethernet = "link eth0 192.168.10.2 192.168.10.1\n";
-    QByteArray board = Board::ReadFile(m_home + "/../boards/default.board");
+    const QByteArray sound = "sound usb/<script>\033\x01&\"'.wav 1\n";
+    QByteArray board = m_default;
     QVERIFY(board.contains(stick) && board.contains(ethernet));
+    board.replace(stick, "stick A\nstick B\n").replace(ethernet, "");
 
-    QCOMPARE(TakeTour(board.replace(stick, "stick A\nstick B\n").replace(ethernet, "")), 1);
+    QCOMPARE(TakeTour(board + '\n' + sound, m_default), 1);
 
     QVERIFY2(m_lines.contains("basic | USB | Detected that there is(are) 2 USB flash drive "
                               "inserted! | WRONG, expected \"Detected that there is(are) 1 USB "
@@ -87,6 +209,112 @@ void TourTest::boardWithFaultsDoesNotPass()
         m_lines.contains("basic | SD card | Detected that there is(are) 1 SD card inserted! | ok"));
     QVERIFY(
         m_lines.contains("basic | Ethernet | Abnormal!, error | WRONG, expected \"Normal!, ok\""));
+    QVERIFY(!m_lines.join("").contains(QChar(27)));
+
+    const QList<Element> page = ElementsOf(folder + "/report.html");
+    const QList<Element> tables = ElementsNamed("table", page);
+    QCOMPARE(ElementsNamed("h1", page).value(0).text, QString("6 wrong"));
+    QCOMPARE(tables.value(0)["class"], QString("wrong"));
+    QVERIFY(tables.value(0).text.contains("2 USB flash drive"));
+    QVERIFY(!tables.value(0).text.contains("1 SD card"));
+    const Element usb = ResultOf("english.basic", "USB");
+    QCOMPARE(usb.name, QString("failure"));
+    QVERIFY2(usb["message"].contains("2 USB flash drive"), qPrintable(usb["message"]));
+    // A file's name cannot become a part of the page.
+    QVERIFY(ElementsNamed("script", page).isEmpty());
+    QVERIFY(!Page().contains("<script>"));
+    QVERIFY(tables.value(0).text.contains("/mnt/usb/<script>␛␁&\"'.wav"));
+    QVERIFY(ResultOf("english.voice", "scan")["message"].contains("<script>␛␁&\"'.wav"));
+}
+
+void TourTest::whatIsNotThereIsLeftOutOrFails()
+{
+    const QByteArray board = "# A plain board\n"
+                             "language chinese\n"
+                             "mmc 0\n"
+                             "link eth0 10.0.0.2 10.0.0.1\n"
+                             "port ttyS4 nothing\n"
+                             "network Bench - 12345678 far 10.0.1.1\n";
+    const int status = TakeTour(board, board);
+
+    QVERIFY2(status == 0, qPrintable(m_lines.join('\n')));
+    QCOMPARE(ResultOf("english.camera", "picture")["message"], QString("the board has no camera"));
+    QCOMPARE(ResultOf("english.camera", "picture").name, QString("skipped"));
+    QCOMPARE(ResultOf("english.basic", "4G").text,
+             QString("Abnormal!, error (nothing is connected to usb0)"));
+    QVERIFY(m_lines.contains("basic | buzzer | Failed!, error | ok"));
+    QVERIFY(m_lines.contains("basic | Ethernet | Normal!, ok | ok"));
+    QVERIFY(m_lines.contains("wifi | scan | Bench | ok"));
+    QVERIFY(m_lines.contains("wifi | ping | Succeeded!, ok | ok"));
+    QVERIFY(Page().contains("A plain board"));
+    // It began in Chinese.
+    QVERIFY(Board::ReadFile("/etc/mosk.ini").contains("chinese"));
+}
+
+void TourTest::stoppedTourIsIncomplete()
+{
+    // Set changes the frp client's file for a while.
+    StartTour(m_default, m_default);
+    QVERIFY(WaitForLine("remote-access | set 6001"));
+    QVERIFY(Board::ReadFile("/etc/frpc.ini").contains("6001"));
+    kill(static_cast<pid_t>(m_tour->processId()), SIGTERM);
+
+    QVERIFY(m_tour->waitForFinished(60000));
+    QCOMPARE(m_tour->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(m_tour->exitCode(), 1);
+    QVERIFY(Page().contains("Incomplete: the tour was stopped"));
+    QCOMPARE(ResultOf("english.home", "menu").name, QString("system-out"));
+    QCOMPARE(ElementsNamed("error", ElementsOf(folder + "/report.xml")).size(), 1);
+    QVERIFY(Board::ReadFile("/etc/frpc.ini").contains("6000"));
+}
+
+void TourTest::tourOfAProgramThatDiesIsIncomplete()
+{
+    StartTour(m_default, m_default);
+    QVERIFY(WaitForLine("basic | USB"));
+    QProcess::execute("killall", {"-q", "-KILL", "MoskTest"});
+
+    QVERIFY(m_tour->waitForFinished(60000));
+    QCOMPARE(m_tour->exitCode(), 1);
+    QVERIFY(Page().contains("Incomplete: the program has gone"));
+    QCOMPARE(ResultOf("tour", "complete").name, QString("error"));
+}
+
+void TourTest::tourWithoutAProgramIsIncomplete()
+{
+    Board::WriteFile(described, m_default);
+    m_tour->start(Built("simulated-board/tour"), {"--board", described, "--report", folder});
+
+    // Even a tour that is killed has told by then that it has come to no end.
+    QVERIFY(QTest::qWaitFor([] { return QFile::exists(folder + "/report.xml"); }, 60000));
+    m_tour->kill();
+    QVERIFY(m_tour->waitForFinished());
+    QVERIFY(Page().contains("Incomplete: the tour has not come to its end"));
+    QCOMPARE(ResultOf("tour", "complete").name, QString("error"));
+}
+
+void TourTest::wrongDescriptionIsRefused()
+{
+    Board::WriteFile(described, "mmc 0\nmoon full\n");
+    m_tour->setProcessChannelMode(QProcess::MergedChannels);
+    m_tour->start(Built("simulated-board/tour"), {"--board", described, "--report", folder});
+
+    QVERIFY(m_tour->waitForFinished());
+    QCOMPARE(m_tour->exitCode(), 2);
+    QCOMPARE(m_tour->readAll(),
+             QByteArray("tour: /tmp/bench.board:2: \"moon\": no such keyword\n"));
+    QVERIFY(!QFile::exists(folder));
+}
+
+void TourTest::unwritableReportIsRefused()
+{
+    Board::WriteFile(described, m_default);
+    Board::WriteFile("/tmp/file", {});
+    m_tour->start(Built("simulated-board/tour"), {"--board", described, "--report", "/tmp/file"});
+
+    QVERIFY(m_tour->waitForFinished());
+    QCOMPARE(m_tour->exitCode(), 1);
+    QCOMPARE(m_tour->readAllStandardOutput(), QByteArray("cannot make the folder /tmp/file\n"));
 }
 
 QTEST_GUILESS_MAIN(TourTest)

@@ -47,7 +47,7 @@ void SetRemotePort(Tour& tour, const KeptFile& client, const QString& port)
     tour.Type(remotePort, port);
     tour.Program().Click("bodyWidget QPushButton");
     tour.CheckText("set " + port, "QMessageBox", tour.Label("Label_1010006"));
-    tour.TakePicture("remote-access-set");
+    tour.TakePicture("remote-access-set-" + port);
     tour.Program().PressBoxButton("Ok");
     tour.Program().Idle();
     const QString shown = Changes(before, client.Content());

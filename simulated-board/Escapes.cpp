@@ -1,10 +1,12 @@
 #include "simulated-board/Escapes.h"
 
+#include <string_view>
+
 namespace
 {
 
-const QByteArray escapedBytes = "\"\\\033\n\r\t";
-const QByteArray escapeLetters = "\"\\enrt";
+constexpr std::string_view escapedBytes = "\"\\\033\n\r\t";
+constexpr std::string_view escapeLetters = "\"\\enrt";
 
 } // namespace
 
@@ -12,13 +14,13 @@ QByteArray Unescaped(const QByteArray& text)
 {
     QByteArray bytes;
     for (int i = 0; i < text.size(); ++i) {
-        const int letter = escapeLetters.indexOf(text.mid(i + 1, 1));
         if (text[i] != '\\' || i + 1 == text.size()) {
             bytes += text[i];
         } else if (text[i + 1] == 'x') {
             bytes += QByteArray::fromHex(text.mid(i + 2, 2));
             i += 3;
-        } else if (letter >= 0) {
+        } else if (const auto letter = escapeLetters.find(text[i + 1]);
+                   letter != std::string_view::npos) {
             bytes += escapedBytes[letter];
             i += 1;
         }
@@ -30,8 +32,8 @@ QByteArray Printed(const QByteArray& name)
 {
     QByteArray text;
     for (const char c : name) {
-        const int escape = escapedBytes.indexOf(c);
-        if (escape >= 0) {
+        const auto escape = escapedBytes.find(c);
+        if (escape != std::string_view::npos) {
             text += '\\';
             text += escapeLetters[escape];
         } else {

@@ -23,7 +23,7 @@ const int mostGathered = 100000;
 /// What a view keeps. The oldest text is dropped when there is a quarter more than this.
 const int keptLines = 20000;
 const int keptCharacters = 2000000;
-const int keptOfALine = 10000;
+const int keptOfALine = 20000;
 
 int Most(int kept)
 {

@@ -96,6 +96,7 @@ private slots:
     void whatIsNotThereIsLeftOutOrFails();
     void stoppedTourIsIncomplete();
     void tourOfAProgramThatDiesIsIncomplete();
+    void tourWithoutAProgramIsIncomplete_data();
     void tourWithoutAProgramIsIncomplete();
     void wrongDescriptionIsRefused();
     void unwritableReportIsRefused();
@@ -280,16 +281,26 @@ void TourTest::tourOfAProgramThatDiesIsIncomplete()
     QCOMPARE(ResultOf("tour", "complete").name, QString("error"));
 }
 
+void TourTest::tourWithoutAProgramIsIncomplete_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("stopped") << SIGINT << "the tour was stopped";
+    // Even a tour that is killed has told by then that it has come to no end.
+    QTest::newRow("killed") << SIGKILL << "the tour has not come to its end";
+}
+
 void TourTest::tourWithoutAProgramIsIncomplete()
 {
+    QFETCH(int, signal);
+    QFETCH(QString, reason);
     Board::WriteFile(described, m_default);
     m_tour->start(Built("simulated-board/tour"), {"--board", described, "--report", folder});
 
-    // Even a tour that is killed has told by then that it has come to no end.
     QVERIFY(QTest::qWaitFor([] { return QFile::exists(folder + "/report.xml"); }, 60000));
-    m_tour->kill();
+    kill(static_cast<pid_t>(m_tour->processId()), signal);
     QVERIFY(m_tour->waitForFinished());
-    QVERIFY(Page().contains("Incomplete: the tour has not come to its end"));
+    QVERIFY2(Page().contains("Incomplete: " + reason), qPrintable(Page()));
     QCOMPARE(ResultOf("tour", "complete").name, QString("error"));
 }
 

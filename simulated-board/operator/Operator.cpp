@@ -30,7 +30,7 @@ bool Operator::Connect(int limitMs)
             Idle()) {
             return true;
         }
-        if (limit.hasExpired()) {
+        if (limit.hasExpired() || (m_isStopped && m_isStopped())) {
             Fail(QString("the program is not up at %1 after %2 ms: %3")
                      .arg(m_socketPath)
                      .arg(limitMs)

@@ -17,6 +17,8 @@ const int limitMs = 30000;
 /// The program lists the languages in this order.
 const QStringList languages{"chinese", "english"};
 
+const char* const stopped = "the tour was stopped";
+
 /// Thrown when the tour cannot go on.
 struct Ended {
     QString reason;
@@ -82,7 +84,7 @@ bool Tour::Walk(const QList<Page>& pages)
     QString before;
     try {
         if (!m_program.Connect(2 * limitMs)) {
-            throw Ended{m_program.Error()};
+            throw Ended{m_isStopped() ? QString(stopped) : m_program.Error()};
         }
         CloseBoxes();
         m_program.ClickTab("menuTab", 0);
@@ -195,7 +197,7 @@ void Tour::Check(const QString& check, const QString& shown, const QString& expe
     Print(QStringList{m_page, check, QString(shown).replace('\n', ' '), verdict}.join(" | "));
     Add(check, result);
     if (m_isStopped()) {
-        throw Ended{"the tour was stopped"};
+        throw Ended{stopped};
     }
     if (!m_program.IsThere()) {
         throw Ended{m_program.Error()};

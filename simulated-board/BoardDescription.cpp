@@ -140,8 +140,8 @@ const Keyword keywords[] = {
     {"usb-storage", 0, 0, [](BoardDescription&, const QStringList&) {}},
     {"mmc", 1, 10,
      [](BoardDescription& board, const QStringList& words) {
-         for (const QString& word : words.mid(1)) {
-             board.mmc.append(Number(word, 9));
+         for (int i = 1; i < words.size(); ++i) {
+             board.mmc.append(Number(words[i], 9));
          }
      }},
     {"link", 3, 3,

@@ -19,7 +19,8 @@ const char* ProcessFolder()
 QStringList WordsOf(const std::string& command)
 {
     QStringList words;
-    for (const QByteArray& word : QByteArray::fromStdString(command).split('\0')) {
+    const QList<QByteArray> bytes = QByteArray::fromStdString(command).split('\0');
+    for (const QByteArray& word : bytes) {
         words.append(QString::fromLocal8Bit(word));
     }
     words.removeLast(); // each word ends in a NUL

@@ -35,7 +35,8 @@ QString SummaryOf(const Tour& tour)
     if (role == "log") {
         for (const BoardDescription::Port& port : tour.Board().ports) {
             if (port.name == "ttyS2") {
-                for (const QString& key : ResultsOf(port.arguments.value(0, "good"))) {
+                const QStringList results = ResultsOf(port.arguments.value(0, "good"));
+                for (const QString& key : results) {
                     text += Result(tour, key);
                 }
             }

@@ -76,7 +76,7 @@ QString Visible(const QString& text)
     for (int i = 0; i < text.size(); ++i) {
         const QChar character = text[i];
         if (character.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
-            visible += text.mid(i++, 2);
+            visible += text.midRef(i++, 2);
         } else if (character.isSurrogate()) {
             visible += replacement;
         } else if (IsXml(character)) {

@@ -15,7 +15,7 @@ namespace
 const int limitMs = 30000;
 
 /// The program lists the languages in this order.
-const QStringList languages{"chinese", "english"};
+const char* const languages[] = {"chinese", "english"};
 
 const char* const stopped = "the tour was stopped";
 
@@ -88,8 +88,7 @@ bool Tour::Walk(const QList<Page>& pages)
         }
         CloseBoxes();
         m_program.ClickTab("menuTab", 0);
-        before =
-            languages.value(m_program.Property("bodyWidget QComboBox", "currentIndex").toInt());
+        before = ChosenLanguage();
         WalkIn("english", pages);
         WalkIn("chinese", pages);
         m_report.incomplete.clear();
@@ -127,13 +126,20 @@ void Tour::ChooseLanguage(const QString& language)
     m_labels = ReadLabels(language);
     m_page = "home";
     CloseBoxes();
-    const bool isChosen = m_program.ClickTab("menuTab", 0) &&
-                          m_program.Choose("bodyWidget QComboBox", languages.indexOf(language)) &&
-                          m_program.Idle();
+    const bool isChosen =
+        m_program.ClickTab("menuTab", 0) &&
+        m_program.Choose("bodyWidget QComboBox", language == languages[0] ? 0 : 1) &&
+        m_program.Idle();
     if (!isChosen) {
         Check("choice", m_program.Error(), language);
     }
     CheckText("language", "bodyWidget QLabel[0]", Label("Label_1000210"));
+}
+
+QString Tour::ChosenLanguage()
+{
+    const int item = m_program.Property("bodyWidget QComboBox", "currentIndex").toInt();
+    return languages[item == 0 ? 0 : 1];
 }
 
 void Tour::PutLanguageBack(const QString& language)
@@ -269,13 +275,13 @@ void Tour::CheckFile(const QString& check, const QString& path, const QString& l
 }
 
 void Tour::Press(const QString& check, const QString& button, const QString& field,
-                 const QString& expected, int limitMs)
+                 const QString& expected, int mostMs)
 {
     if (!m_program.Click(button)) {
         Check(check, {}, expected);
         return;
     }
-    m_program.WaitForText(field, expected, limitMs);
+    m_program.WaitForText(field, expected, mostMs);
     CheckText(check, field, expected);
 }
 

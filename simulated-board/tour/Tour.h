@@ -70,7 +70,7 @@ public:
     /// Presses a button and checks the text that `field` shows. The text is read when the button's
     /// slot has returned, or within the time limit if the check continues after that.
     void Press(const QString& check, const QString& button, const QString& field,
-               const QString& expected, int limitMs = 0);
+               const QString& expected, int mostMs = 0);
 
     /// Like Press(). The field's property "status", which sets its colour, must be `status` as
     /// well.
@@ -91,6 +91,7 @@ public:
 private:
     void WalkIn(const QString& language, const QList<Page>& pages);
     void ChooseLanguage(const QString& language);
+    QString ChosenLanguage();
     void Open(const Page& page);
     void CloseBoxes();
     void PutKeyboardAway();

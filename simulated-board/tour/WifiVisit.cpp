@@ -35,7 +35,8 @@ public:
     KeptWifi() = default;
     ~KeptWifi()
     {
-        for (const int process : ProcessesOf(client)) {
+        const QList<int> clients = ProcessesOf(client);
+        for (const int process : clients) {
             if (!m_clients.contains(process)) {
                 kill(process, SIGTERM);
             }
@@ -92,7 +93,8 @@ void CheckNetworks(Tour& tour)
     QStringList expected;
     QStringList shown;
     bool isReal = false;
-    for (const Network& network : NetworksToHear(tour)) {
+    const QList<Network> wanted = NetworksToHear(tour);
+    for (const Network& network : wanted) {
         const QString name = ListedName(network);
         isReal = isReal || network.signal.isEmpty();
         expected.append(network.signal.isEmpty() ? name : name + ' ' + network.signal);

@@ -99,6 +99,7 @@ private slots:
     void resetForgetsBothHalves_data();
     void resetForgetsBothHalves();
     void resetOpensAPortThatCameUpSince();
+    void resetBeforeThePortIsOpenOpensItOnce();
 
     void goodBoardPasses();
     void verdictIsThatOfTheRun_data();
@@ -343,6 +344,19 @@ void ProductionTesterTest::resetOpensAPortThatCameUpSince()
     PseudoTerminal terminal("/dev/ttyS2");
     Press(m_page.get(), "btnReset");
     QCOMPARE(Summary(), opened);
+}
+
+void ProductionTesterTest::resetBeforeThePortIsOpenOpensItOnce()
+{
+    PseudoTerminal terminal("/dev/ttyS2");
+    QVERIFY(OpenTimer()->isActive());
+    Press(m_page.get(), "btnReset");
+    const QSerialPort* port = Port();
+    QTRY_VERIFY(!OpenTimer()->isActive());
+    QCOMPARE(Summary(), opened);
+    QCOMPARE(Port(), port);
+    terminal.Write("sprite success\n");
+    QTRY_VERIFY(Summary().endsWith("some results were not detected!\n"));
 }
 
 void ProductionTesterTest::goodBoardPasses()

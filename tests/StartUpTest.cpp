@@ -45,6 +45,7 @@ private:
 void StartUpTest::Start(const QString& program)
 {
     PutOperatorAt(m_program);
+    LookForNoLeaks(m_program);
     m_program.start(QDir(Built(QString())).filePath(program), QStringList());
     QVERIFY(m_program.waitForStarted());
     QVERIFY2(m_operator.Connect(), qPrintable(m_operator.Error()));
@@ -58,10 +59,7 @@ QByteArray StartUpTest::Mapped() const
 
 void StartUpTest::cleanup()
 {
-    const bool isRunning = m_program.state() == QProcess::Running;
-    m_program.kill();
-    m_program.waitForFinished();
-    QVERIFY2(isRunning, "the program has ended");
+    QVERIFY2(EndInOrder(m_program), "the program has not ended in order");
 }
 
 void StartUpTest::programStartsWithoutAResource_data()

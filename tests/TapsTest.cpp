@@ -69,6 +69,7 @@ void TapsTest::init()
                   "usb-storage\nnetwork MoskBench -47 12345678\n");
     QFile::remove("/run/board/go");
     PutOperatorAt(m_program);
+    LookForNoLeaks(m_program);
     m_program.start(Built("MoskTest"), QStringList());
     QVERIFY(m_program.waitForStarted());
     QVERIFY2(m_operator.Connect(), qPrintable(m_operator.Error()));
@@ -79,10 +80,8 @@ void TapsTest::cleanup()
 {
     Board::RemoveTools();
     m_viewer.Disconnect();
-    const bool isRunning = m_program.state() == QProcess::Running && m_operator.Idle();
-    m_program.kill();
-    m_program.waitForFinished();
-    QVERIFY2(isRunning, "the program has ended");
+    const bool isIdle = m_operator.Idle();
+    QVERIFY2(EndInOrder(m_program) && isIdle, "the program has not ended in order");
 }
 
 /// The place of a widget in the main window.

@@ -36,7 +36,8 @@ void ReadOnLater(QSerialPort* port)
 /// bytes.
 void Pause(QSerialPort* port)
 {
-    for (QSocketNotifier* notifier : port->findChildren<QSocketNotifier*>()) {
+    const auto notifiers = port->findChildren<QSocketNotifier*>();
+    for (QSocketNotifier* notifier : notifiers) {
         if (notifier->type() == QSocketNotifier::Read) {
             notifier->setEnabled(false);
         }

@@ -52,14 +52,14 @@ for_each_source() {
 }
 
 # clazy, a compiler that knows the traps of Qt, warns of nothing. An arg() of several texts would
-# need a newer Qt than the board's. What a test copies, or makes at its start, costs nobody. QtTest's
-# macros leave out arguments.
+# need a newer Qt than the board's. What a test or its board copies, or makes at its start, costs
+# nobody. QtTest's macros leave out arguments.
 check_clazy() {
     # shellcheck disable=SC2016 # for the inner shell
     for_each_source '
         for file; do :; done
         export CLAZY_CHECKS=level0,level1,no-qstring-arg
-        case $file in "$PWD"/tests/*)
+        case $file in "$PWD"/tests/* | "$PWD"/simulated-board/*)
             for costs in detaching-temporary non-pod-global-static qstring-ref range-loop-detach \
                 range-loop-reference use-static-qregularexpression; do
                 CLAZY_CHECKS=$CLAZY_CHECKS,no-$costs

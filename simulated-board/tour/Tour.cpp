@@ -12,7 +12,7 @@ namespace
 
 /// How long to wait for what the program or a device does, in ms. A slow board takes long for it,
 /// and only a check that goes wrong waits so long.
-const int limitMs = 30000;
+const int patienceMs = 30000;
 
 /// The program lists the languages in this order.
 const char* const languages[] = {"chinese", "english"};
@@ -58,7 +58,7 @@ Tour::Tour(const BoardDescription& board, const QString& folder,
     : m_board(board), m_folder(folder), m_isStopped(isStopped)
 {
     m_report.kernel = KernelOfTheBoard();
-    m_program.SetLimit(2 * limitMs);
+    m_program.SetLimit(2 * patienceMs);
     m_program.SetStop(isStopped);
 }
 
@@ -83,7 +83,7 @@ bool Tour::Walk(const QList<Page>& pages)
     }
     QString before;
     try {
-        if (!m_program.Connect(2 * limitMs)) {
+        if (!m_program.Connect(2 * patienceMs)) {
             throw Ended{m_isStopped() ? QString(stopped) : m_program.Error()};
         }
         CloseBoxes();
@@ -247,7 +247,7 @@ void Tour::CheckText(const QString& check, const QString& widget, const QString&
 
 bool Tour::WaitFor(const std::function<bool()>& isDone)
 {
-    const QDeadlineTimer limit(limitMs);
+    const QDeadlineTimer limit(patienceMs);
     while (!isDone()) {
         if (limit.hasExpired() || m_isStopped()) {
             return false;

@@ -77,9 +77,7 @@ QString Visible(const QString& text)
         const QChar character = text[i];
         if (character.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
             visible += text.midRef(i++, 2);
-        } else if (character.isSurrogate()) {
-            visible += replacement;
-        } else if (IsXml(character)) {
+        } else if (!character.isSurrogate() && IsXml(character)) {
             visible += character;
         } else if (character.unicode() < ' ') {
             // U+2400 and those that follow are pictures of the control characters.

@@ -183,6 +183,7 @@ check "under the service's name" called "logger -t mosktest"
 kill "$keeper"
 check "stopping ends the program in order" within 10 test -e /tmp/ends
 check "and what keeps it running" within 10 is_over
+check "the log tells that too" within 10 grep -qs "asked to stop and ended with 0" /tmp/log
 
 keep
 kill "$(cut -d' ' -f1 /tmp/starts)"

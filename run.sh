@@ -8,7 +8,8 @@ Usage: run.sh [tour | vnc [PORT] | board] [--size WIDTHxHEIGHT]
   (nothing)   the program in a window; where there is no display, the tour
   tour        presses every check, prints what each showed, leaves a report in out/tour
   vnc [PORT]  shows the program to a VNC viewer at localhost:PORT (5900)
-  board       the program on an ARMv7 board in QEMU, at localhost:5900 (docs/virtual-board.md)
+  board       the program on an ARMv7 board in QEMU (docs/virtual-board.md), at localhost:5900 for
+              a VNC viewer; where there is no display, its acceptance, which takes a while
 TEXT
 }
 
@@ -45,7 +46,11 @@ while [ $# -gt 0 ]; do
         usage
         exit
         ;;
-    board) shift; exec virtual-board/start --vnc "$port" --size "$size" "$@" ;;
+    board)
+        shift
+        [ -n "${DISPLAY:-}" ] || exec virtual-board/accept "$@"
+        exec virtual-board/start --vnc "$port" --size "$size" "$@"
+        ;;
     tour | vnc)
         [ -z "$what" ] || refuse "'$1' after '$what': only one of them can be shown"
         what=$1

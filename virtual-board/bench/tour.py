@@ -1,0 +1,27 @@
+"""The tour: a walk through all pages in both languages, which the program's package for operators
+has. It runs on the board.
+"""
+
+import os
+import re
+import shutil
+
+from bench.machine import SHARED
+
+DESCRIPTION = os.path.join(os.path.dirname(__file__), "..", "virtual.board")
+PATIENCE = 1800
+
+
+def take(bench):
+    """Takes the tour at the display's size. Its report and pictures are in out/board/shared."""
+    folder = f"tour-{bench.screen.width}x{bench.screen.height}"
+    shutil.rmtree(os.path.join(SHARED, folder), ignore_errors=True)
+    shutil.copy(DESCRIPTION, SHARED)
+    # Somebody sends on the CAN bus.
+    bench.console.run("cangen can1 -g 500 & echo $! >/tmp/cangen.pid")
+    text, status = bench.console.run("mosktest-tour --board /media/bench/virtual.board "
+                                     f"--report /media/bench/{folder}", PATIENCE)
+    bench.console.run("kill $(cat /tmp/cangen.pid)")
+    print(text, end="")
+    found = re.findall(r"\d+ checks.*", text)
+    bench.report.judge("tour", found[-1] if found else text[-200:], "0 wrong", status == 0)

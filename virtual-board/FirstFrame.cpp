@@ -29,7 +29,7 @@ long long MsSince(Clock::time_point begin)
 
 /// Fills the display with a colour that no program paints, and returns the pixel at the place.
 /// Null when there is no display with four bytes for each pixel.
-volatile std::uint32_t* FillDisplay(unsigned x, unsigned y)
+const volatile std::uint32_t* FillDisplay(unsigned x, unsigned y)
 {
     const int device = open("/dev/fb0", O_RDWR | O_CLOEXEC);
     fb_fix_screeninfo fixed = {};
@@ -56,7 +56,7 @@ volatile std::uint32_t* FillDisplay(unsigned x, unsigned y)
 
 int main(int argc, char** argv)
 {
-    volatile std::uint32_t* pixel =
+    const volatile std::uint32_t* pixel =
         argc > 3 ? FillDisplay(std::atoi(argv[1]), std::atoi(argv[2])) : nullptr;
     if (pixel == nullptr) {
         std::fprintf(stderr, "Usage: first-frame X Y PROGRAM [ARGUMENT]..., on a display\n");

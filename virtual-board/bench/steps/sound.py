@@ -6,7 +6,7 @@ import time
 
 from bench.machine import PLACE
 from bench.report import wait_for
-from bench.steps.service import restart
+from bench.steps.service import INIT, restart
 from bench.steps.storage import mounted
 
 FILES = "bodyWidget QComboBox"
@@ -59,13 +59,23 @@ def tone(bench):
     report.judge("its length", f"{seconds:.1f} s", "3 s", 2 < seconds < 4)
 
 
-def page_left(bench):
-    """Leaving the page stops the sound."""
-    program, report = bench.program, bench.report
+def play_something(bench):
+    program = bench.program
     restart(bench)
     program.open_tab("Voice")
     program.tap("bodyWidget QPushButton[0]")
     program.tap("btnPlay")
-    report.check("playing", wait_for(lambda: is_playing(bench)), True)
-    program.tap_tab("Home")
-    report.check("playing when the page is left", is_playing(bench), False)
+    bench.report.check("playing", wait_for(lambda: is_playing(bench)), True)
+
+
+def page_left(bench):
+    play_something(bench)
+    bench.program.tap_tab("Home")
+    bench.report.check("playing when the page is left", is_playing(bench), False)
+
+
+def program_stopped(bench):
+    play_something(bench)
+    bench.console.run(f"{INIT} stop")
+    bench.report.check("playing when the service is stopped", is_playing(bench), False)
+    restart(bench)

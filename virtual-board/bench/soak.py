@@ -3,6 +3,7 @@
 import random
 import time
 
+from bench.report import wait_for
 from bench.steps.serial import COM3, open_port
 
 PAGES = range(1, 11)
@@ -118,6 +119,8 @@ def soak(bench, minutes, seed):
         if time.monotonic() - shown > 60:
             shown = time.monotonic()
             print(f"soak | {done} actions | {held(bench)}", flush=True)
+    # A thread that Qt keeps for the next task goes after half a minute.
+    wait_for(lambda: held(bench)["threads"] <= before["threads"], 60, 5)
     after = held(bench)
     print(f"soak | {done} actions | {after}", flush=True)
     report.check("the program that was started", bench.program_id(), identity)

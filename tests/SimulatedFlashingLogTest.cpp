@@ -1,7 +1,13 @@
+#include "simulated-board/Board.h"
 #include "simulated-board/devices/FlashingLog.h"
 
 #include <QRegularExpression>
 #include <QTest>
+#include <QThread>
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
 
 class SimulatedFlashingLogTest : public QObject
 {
@@ -9,6 +15,7 @@ class SimulatedFlashingLogTest : public QObject
 
 private slots:
     void goodRunLooksAsRealOnesDo();
+    void slowReaderGetsAllOfIt();
 };
 
 // The other tests play this log. It is a good test only if it has all that real logs have.
@@ -26,6 +33,32 @@ void SimulatedFlashingLogTest::goodRunLooksAsRealOnesDo()
     QVERIFY(log.contains("]begin to erase\r\n"));
     QVERIFY(log.endsWith("\r\n"));
     QVERIFY(QString::fromStdString(FlashingLog({})) == log);
+}
+
+// A page that a busy machine holds up must not lose a result.
+void SimulatedFlashingLogTest::slowReaderGetsAllOfIt()
+{
+    Board::Become("port ttyS2 log good\n");
+    const int port = open("/dev/ttyS2", O_RDWR | O_NOCTTY);
+    QVERIFY(port >= 0);
+    termios settings = {};
+    QCOMPARE(tcgetattr(port, &settings), 0);
+    cfmakeraw(&settings);
+    QCOMPARE(tcsetattr(port, TCSANOW, &settings), 0);
+    QCOMPARE(tcflush(port, TCIOFLUSH), 0);
+
+    const QByteArray log = QByteArray::fromStdString(FlashingLog({}));
+    QByteArray received;
+    while (received.size() < log.size()) {
+        char bytes[256];
+        const ssize_t count = read(port, bytes, sizeof bytes);
+        QVERIFY(count > 0);
+        received.append(bytes, static_cast<int>(count));
+        // Slower than the line.
+        QThread::msleep(40);
+    }
+    close(port);
+    QCOMPARE(received.left(log.size()), log);
 }
 
 QTEST_APPLESS_MAIN(SimulatedFlashingLogTest)

@@ -90,8 +90,8 @@ public:
 };
 
 /// Prints the log of a board that is put on the bench when the port has been opened and cleared,
-/// and of another board after a silence. A serial line does not wait: bytes that nobody reads are
-/// lost.
+/// and of another board after a silence. It waits for a slow reader, so that a busy machine loses
+/// nothing.
 class Log : public PortRole
 {
 public:
@@ -108,8 +108,9 @@ public:
         }
         for (std::size_t at = 0;;) {
             const std::string part = m_log.substr(at, chunk);
-            Check(write(master, part.data(), part.size()), "write");
-            at += chunk;
+            const ssize_t written = write(master, part.data(), part.size());
+            Check(written, "write");
+            at += written > 0 ? static_cast<std::size_t>(written) : 0;
             const bool isOver = at >= m_log.size();
             if (IsCleared(master, isOver ? 5000 : 10) || isOver) {
                 at = 0;

@@ -1,6 +1,7 @@
 #include "pages/BasicTester.h"
 #include "simulated-board/Board.h"
 #include "tests/PageFixture.h"
+#include "tests/Warnings.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -279,11 +280,13 @@ void BasicTesterTest::storageRowsCheckAgainAndStayBlack()
 void BasicTesterTest::ethernetAnswerIsNormal()
 {
     Board::Become("link eth0 192.168.10.2 192.168.10.1\n");
+    const Warnings warnings;
 
     Press(m_page.get(), "btnEmmcTest");
 
     QCOMPARE(Field(Ethernet)->text(), QString("Normal!"));
     QCOMPARE(TextColour(Field(Ethernet)), green);
+    QCOMPARE(Warnings::Texts(), QStringList());
 }
 
 void BasicTesterTest::ethernetWithoutAnswerIsAbnormal_data()

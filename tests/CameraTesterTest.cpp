@@ -75,6 +75,7 @@ private slots:
     void cameraThatVanishesLeavesThePageUsable();
     void cameraThatCannotBeOpenedLeavesThePageUsable();
     void manyOpeningsLeaveNothingBehind();
+    void buffersAreFreedUnlessTheBoardSaysOtherwise();
     void secondCameraMayBeOpenedBeforeTheFirstIsClosed();
 
     void cameraOfTheKernelShowsAPicture();
@@ -349,6 +350,18 @@ void CameraTesterTest::manyOpeningsLeaveNothingBehind()
 }
 
 // The page does not do this, but Qt allows it.
+// GStreamer reads the variable when it stops one of the kernel's cameras.
+void CameraTesterTest::buffersAreFreedUnlessTheBoardSaysOtherwise()
+{
+    const char* const variable = "GST_V4L2_FORCE_DRAIN";
+    QCOMPARE(qgetenv(variable), QByteArray("1"));
+
+    qputenv(variable, "0");
+    Rebuild();
+    QCOMPARE(qgetenv(variable), QByteArray("0"));
+    qunsetenv(variable);
+}
+
 void CameraTesterTest::secondCameraMayBeOpenedBeforeTheFirstIsClosed()
 {
     const auto open = [this](const QByteArray& device) {

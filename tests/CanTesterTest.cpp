@@ -204,9 +204,11 @@ void CanTesterTest::openTwiceStaysAsItIs()
     m_page->StartCan(0);
     m_bus->Send("001#");
     QTRY_VERIFY(!Received().isEmpty());
+    const int opened = LastCanSocketCalls().opened;
     const int descriptors = Count("fd");
     const int threads = Count("task");
     m_page->StartCan(0);
+    QCOMPARE(LastCanSocketCalls().opened, opened);
     QCOMPARE(Count("fd"), descriptors);
     QTRY_VERIFY(Count("task") <= threads);
 }

@@ -2,6 +2,7 @@
 #include "frame/Look.h"
 #include "frame/MoskTester.h"
 #include "instruments/MessageBoxes.h"
+#include "instruments/Title.h"
 #include "tests/Operate.h"
 
 #include <QLabel>
@@ -61,6 +62,7 @@ private slots:
 
     void everyPageShowsItsTextsWhole_data();
     void everyPageShowsItsTextsWhole();
+    void titleTooWideForItsPlaceGetsNarrowerLetters();
     void tabKeyGoesRowByRow_data();
     void tabKeyGoesRowByRow();
     void questionIsShownWhole_data();
@@ -128,6 +130,20 @@ void LayoutTest::everyPageShowsItsTextsWhole()
         }
         seen += widget;
     }
+}
+
+void LayoutTest::titleTooWideForItsPlaceGetsNarrowerLetters()
+{
+    QWidget page;
+    const auto stretch = [&page](const QString& text) {
+        return NewTitle(text, {100, 30}, &page)->font().stretch();
+    };
+
+    QVERIFY(stretch("Short") == 0 || stretch("Short") == QFont::Unstretched);
+    const int ofALongOne = stretch("A longer title:");
+    QVERIFY(ofALongOne > 50 && ofALongOne < QFont::Unstretched);
+    // Narrower letters than these could not be read: this title is cut.
+    QCOMPARE(stretch("A title that no letters make narrow enough for its place"), 50);
 }
 
 void LayoutTest::tabKeyGoesRowByRow_data()

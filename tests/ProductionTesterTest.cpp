@@ -6,6 +6,7 @@
 #include "simulated-board/devices/FlashingLog.h"
 #include "tests/OpenDescriptors.h"
 #include "tests/PageFixture.h"
+#include "tests/Warnings.h"
 
 #include <QPushButton>
 #include <QSerialPort>
@@ -643,9 +644,11 @@ void ProductionTesterTest::fileIsPlayedLikeThePort()
 void ProductionTesterTest::missingFileIsNoMatter()
 {
     WaitForThePort(notOpened);
+    const Warnings warnings;
     m_page->ProcessFile();
     QCOMPARE(Summary(), notOpened);
     QCOMPARE(Detail(), notOpened);
+    QCOMPARE(Warnings::Texts(), QStringList());
 }
 
 void ProductionTesterTest::unpluggedPortNeitherSpinsNorSticks()

@@ -323,6 +323,12 @@ void SerialPortTesterTest::chunkEndsAtItsFirstNul()
     QTRY_COMPARE(Received(), QString("one"));
     terminal.Write("next");
     QTRY_COMPARE(Received(), QString("onenext"));
+
+    const QSignalSpy reads(Port(), &QSerialPort::readyRead);
+    terminal.Write(QByteArray("\0four", 5));
+    QTRY_VERIFY(!reads.isEmpty());
+    terminal.Write("five");
+    QTRY_COMPARE(Received(), QString("onenextfive"));
 }
 
 void SerialPortTesterTest::characterInTwoChunksShowsWhole()
@@ -345,6 +351,13 @@ void SerialPortTesterTest::characterCutByANulShowsAsBroken()
     QTRY_COMPARE(Received(), QString("a") + QChar(0xfffd));
     terminal.Write("b" + you);
     QTRY_COMPARE(Received(), QString("a") + QChar(0xfffd) + QString::fromUtf8("b你"));
+
+    const QSignalSpy reads(Port(), &QSerialPort::readyRead);
+    terminal.Write(you.left(2));
+    QTRY_VERIFY(!reads.isEmpty());
+    terminal.Write(QByteArray("\0dropped", 8));
+    QTRY_COMPARE(Received(),
+                 QString("a") + QChar(0xfffd) + QString::fromUtf8("b你") + QChar(0xfffd));
 }
 
 void SerialPortTesterTest::bytesThatAreNoTextShowAsBroken()

@@ -1,5 +1,6 @@
 #include "instruments/ServiceFile.h"
 #include "simulated-board/Board.h"
+#include "tests/Warnings.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -66,6 +67,7 @@ void ServiceFileTest::fileKeepsOwnerAndMode()
 {
     Board::WriteFile("/etc/test/file", "old");
     QCOMPARE(chmod("/etc/test/file", 0440), 0);
+    const Warnings warnings;
 
     Write("/etc/test/file", "new");
 
@@ -73,6 +75,7 @@ void ServiceFileTest::fileKeepsOwnerAndMode()
     QCOMPARE(stat("/etc/test/file", &after), 0);
     QCOMPARE(after.st_mode & 07777, 0440u);
     QCOMPARE(Board::ReadFile("/etc/test/file"), QByteArray("new"));
+    QCOMPARE(Warnings::Texts(), QStringList());
 }
 
 void ServiceFileTest::symbolicLinkStaysOne()
@@ -166,10 +169,13 @@ void ServiceFileTest::readOnlyDiskKeepsTheOldFile()
     QCOMPARE(mount("none", "/mnt/fixed", "tmpfs", 0, nullptr), 0);
     Board::WriteFile("/mnt/fixed/file", "old");
     QCOMPARE(mount("none", "/mnt/fixed", nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    const Warnings warnings;
 
     Write("/mnt/fixed/file", "new");
 
     QCOMPARE(Board::ReadFile("/mnt/fixed/file"), QByteArray("old"));
+    // The reason alone, not what would follow from it.
+    QCOMPARE(Warnings::Texts().size(), 1);
     QCOMPARE(umount("/mnt/fixed"), 0);
 }
 

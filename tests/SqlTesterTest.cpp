@@ -3,6 +3,7 @@
 #include "simulated-board/Board.h"
 #include "tests/OpenDescriptors.h"
 #include "tests/PageFixture.h"
+#include "tests/Warnings.h"
 
 #include <QDir>
 #include <QHeaderView>
@@ -21,15 +22,6 @@ const QColor green(12, 141, 66);
 const QColor red(255, 0, 0);
 
 enum Row { Path, Create, Insert, Delete };
-
-QStringList s_warnings;
-
-void KeepWarnings(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
-{
-    if (type == QtWarningMsg && text.contains("QSql")) {
-        s_warnings += text;
-    }
-}
 
 /// The answer of the sqlite3 tool to a query of the file.
 QString Ask(const QString& query)
@@ -69,6 +61,7 @@ private slots:
 
     void goodStoragePassesEachStep();
     void resultIsTheRowsThatAreLeft();
+    void tabKeyLeavesTheResult();
     void namesAreOfTheLanguage();
     void fileIsThereForOthers();
     void stepsAreShownAsTheyHappen();
@@ -215,6 +208,19 @@ void SqlTesterTest::resultIsTheRowsThatAreLeft()
     QCOMPARE(headers, QStringList({"id", "name", "score"}));
 }
 
+void SqlTesterTest::tabKeyLeavesTheResult()
+{
+    Test();
+    m_page->activateWindow();
+    Result()->setFocus();
+    QTRY_VERIFY(Result()->hasFocus());
+    Result()->setCurrentIndex(Result()->model()->index(0, 0));
+
+    QTest::keyClick(Result(), Qt::Key_Tab);
+
+    QVERIFY(!Result()->hasFocus());
+}
+
 void SqlTesterTest::namesAreOfTheLanguage()
 {
     Speak("chinese");
@@ -298,8 +304,7 @@ void SqlTesterTest::runsAndPageChangesLeaveNothingToWarnOf()
     body.resize(1024, 550);
     body.show();
     const int before = OpenDescriptors();
-    s_warnings.clear();
-    const QtMessageHandler handler = qInstallMessageHandler(KeepWarnings);
+    const Warnings warnings;
 
     for (int visit = 0; visit < 10; ++visit) {
         body.OpenPage(BodyWidget::DatabasePage);
@@ -312,9 +317,8 @@ void SqlTesterTest::runsAndPageChangesLeaveNothingToWarnOf()
     }
     body.OpenPage(BodyWidget::DatabasePage);
     body.OpenPage(BodyWidget::NoPage);
-    qInstallMessageHandler(handler);
 
-    QVERIFY2(s_warnings.isEmpty(), qPrintable(s_warnings.join('\n')));
+    QCOMPARE(Warnings::Texts().filter("QSql"), QStringList());
     QCOMPARE(OpenDescriptors(), before);
 }
 

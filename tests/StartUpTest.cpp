@@ -200,6 +200,7 @@ void StartUpTest::programWithoutItsCameraLibraryHasNoCameras()
 
     QVERIFY(m_operator.OpenPage(10));
     QCOMPARE(m_operator.Items("bodyWidget QComboBox[0]"), QStringList());
+    QCOMPARE(QImage::fromData(m_operator.Screenshot()).pixel(512, 300), qRgb(0, 0, 0));
     QVERIFY(m_operator.Click("btnopen"));
     QVERIFY(m_operator.Click("btnclose"));
     QVERIFY(m_operator.OpenPage(10));

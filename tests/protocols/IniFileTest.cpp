@@ -205,6 +205,7 @@ void IniFileTest::newKeyComesToTheEndOfItsSection_data()
     add("no newline at the end", "vnc", "[common]\na=1<\n\n[vnc]\nkey=1\n>");
     add("before a comment", "common", "[common]\na=1\n<key=1\n>\n# vnc\n[vnc]\nb=2\n");
     add("empty section", "common", "[common]\n<key=1\n>[vnc]\nb=2\n");
+    add("after a line without a name", "vnc", "[vnc]\n=2\n<key=1\n>\n[x]\nb=2\n");
     add("last section", "vnc", "[vnc]\r\nb=2<\r\nkey=1\r\n>");
     add("before any section", "General", "# conf\na=1\n<key=1\n>\n[x]\nb=2\n");
     add("general section", "General", "[general]\na=1\n<key=1\n>[x]\nb=2\n");

@@ -17,7 +17,7 @@ LEFT_OUT = {".git", "build", "out", "__pycache__"}
 # minutes.
 NOT_RUN = re.compile(
     r"Source-|Resources|Refusals|Service$|Versions|QtSymbols|Endurance|RandomTaps|TourTest|OperatorTest"
-    r"|SimulatedFlashingLog|Layers")
+    r"|SimulatedFlashingLog|BoardDescription|Layers")
 
 
 def run(command, limit=None, **options):

@@ -116,7 +116,7 @@ class Program:
 
     def open_page(self, number):
         """Opens a page without a tab."""
-        self.operate("page", 1)
+        self.operate("page", 0)
         self.operate("page", number)
         self.operate("idle")
 

@@ -3,6 +3,7 @@
 import time
 
 from bench.report import wait_for
+from bench.steps.touch import HOME_PAGE
 
 CAMERA_PAGE = 10
 BLACK = {(0, 0, 0)}
@@ -24,6 +25,7 @@ def first_opening(bench):
     bench.program.tap("btnopen")
     shown = wait_for(lambda: len(colours(bench)) >= 6, 180)
     bench.report.judge("first opening", f"{time.monotonic() - begun:.0f} s", "a picture", shown)
+    bench.program.open_page(HOME_PAGE)
 
 
 def picture(bench):

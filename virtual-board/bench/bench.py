@@ -50,6 +50,10 @@ class Bench:
         """The process number of the program; empty while it does not run."""
         return self.console.text("pidof MoskTest")
 
+    def ticks(self):
+        """The processor time that the program has taken, in hundredths of a second."""
+        return int(self.console.text("awk '{print $14+$15}' /proc/$(pidof MoskTest)/stat"))
+
     def wait_for_log(self, text, seconds=20):
         """Waits until the board's log has a line with the text. Returns it, or an empty text."""
         command = f"grep -F {text!r} /var/log/messages | tail -n 1"

@@ -87,7 +87,7 @@ bool Tour::Walk(const QList<Page>& pages)
             throw Ended{m_isStopped() ? QString(stopped) : m_program.Error()};
         }
         CloseBoxes();
-        m_program.ClickTab("menuTab", 0);
+        OpenHome();
         before = ChosenLanguage();
         WalkIn("english", pages);
         WalkIn("chinese", pages);
@@ -127,13 +127,20 @@ void Tour::ChooseLanguage(const QString& language)
     m_page = "home";
     CloseBoxes();
     const bool isChosen =
-        m_program.ClickTab("menuTab", 0) &&
-        m_program.Choose("bodyWidget QComboBox", language == languages[0] ? 0 : 1) &&
+        OpenHome() && m_program.Choose("bodyWidget QComboBox", language == languages[0] ? 0 : 1) &&
         m_program.Idle();
     if (!isChosen) {
         Check("choice", m_program.Error(), language);
     }
     CheckText("language", "bodyWidget QLabel[0]", Label("Label_1000210"));
+}
+
+/// Opens the home page. Its tab does nothing if it is chosen already, which it may be while a page
+/// without a tab is open.
+bool Tour::OpenHome()
+{
+    const int home = 1;
+    return m_program.ClickTab("menuTab", 0) && m_program.OpenPage(home);
 }
 
 QString Tour::ChosenLanguage()

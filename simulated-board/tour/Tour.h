@@ -90,6 +90,7 @@ public:
 
 private:
     void WalkIn(const QString& language, const QList<Page>& pages);
+    bool OpenHome();
     void ChooseLanguage(const QString& language);
     QString ChosenLanguage();
     void Open(const Page& page);

@@ -9,13 +9,13 @@
 namespace
 {
 
-/// The time between two updates in milliseconds. Neither the eye nor the panel follows more than
-/// ten a second.
-const qint64 showInterval = 100;
+/// The time from one update to the next in milliseconds. Neither the eye nor the panel follows more
+/// than ten a second; with the update itself, text waits for a tenth of a second at most.
+const qint64 showInterval = 95;
 
-/// After an update the view waits for at least this many times as long as the update took. This
-/// leaves time for the rest of the program on a slow board.
-const qint64 pausesPerCost = 4;
+/// An update takes at most one part in so many of the time. This leaves time for the rest of the
+/// program on a slow board.
+const qint64 partsPerUpdate = 5;
 
 /// More gathered text than this, in characters, is shown without waiting.
 const int mostGathered = 100000;
@@ -23,7 +23,7 @@ const int mostGathered = 100000;
 /// What a view keeps. The oldest text is dropped when there is a quarter more than this.
 const int keptLines = 20000;
 const int keptCharacters = 2000000;
-const int keptOfALine = 20000;
+const int keptOfALine = 10000;
 
 int Most(int kept)
 {
@@ -106,7 +106,7 @@ void ReceiveView::Gather(const QString& text, const QColor& colour)
 
 void ReceiveView::ShowOrWait()
 {
-    const qint64 pause = qMax(showInterval, pausesPerCost * m_cost / 1000000);
+    const qint64 pause = qMax(showInterval, partsPerUpdate * m_cost / 1000000);
     const qint64 wait = m_sinceShown.isValid() ? pause - m_sinceShown.elapsed() : 0;
     if (wait <= 0 || m_gatheredSize > mostGathered) {
         ShowGathered();
@@ -120,8 +120,7 @@ void ReceiveView::ShowGathered()
     if (m_gathered.isEmpty()) {
         return;
     }
-    QElapsedTimer spent;
-    spent.start();
+    m_sinceShown.start();
     m_timer->stop();
 
     QScrollBar* scrollBar = verticalScrollBar();
@@ -167,8 +166,7 @@ void ReceiveView::ShowGathered()
     }
     m_isShowing = false;
 
-    m_cost = spent.nsecsElapsed();
-    m_sinceShown.start();
+    m_cost = m_sinceShown.nsecsElapsed();
 }
 
 void ReceiveView::paintEvent(QPaintEvent* event)

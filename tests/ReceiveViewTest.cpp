@@ -14,7 +14,7 @@
 namespace
 {
 
-const int keptOfALine = 20000;
+const int keptOfALine = 10000;
 const int keptLines = 20000;
 const QColor green(12, 202, 66);
 

@@ -38,7 +38,9 @@ void Board::Become(const QByteArray& description)
 
 QStringList Board::Calls()
 {
-    return QString::fromUtf8(ReadFile(callsPath)).split('\n', Qt::SkipEmptyParts);
+    QStringList calls = QString::fromUtf8(ReadFile(callsPath)).split('\n');
+    calls.removeAll("");
+    return calls;
 }
 
 void Board::ForgetCalls()

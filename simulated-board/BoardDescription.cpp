@@ -183,7 +183,8 @@ const Keyword keywords[] = {
 
 void ReadLine(BoardDescription& board, const QString& line)
 {
-    const QStringList words = line.split(' ', Qt::SkipEmptyParts);
+    QStringList words = line.split(' ');
+    words.removeAll("");
     if (words.isEmpty() || words[0].startsWith('#')) {
         return;
     }

@@ -4,6 +4,7 @@
 #include "pages/BasicTester.h"
 #include "simulated-board/Board.h"
 #include "tests/Operate.h"
+#include "tests/Warnings.h"
 
 #include <QComboBox>
 #include <QLibraryInfo>
@@ -17,7 +18,10 @@
 #include <QTextEdit>
 #include <QTouchDevice>
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
+#include <memory>
 
 #include <qpa/qwindowsysteminterface.h>
 #include <sys/mount.h>
@@ -28,13 +32,15 @@ namespace
 const QByteArray layoutsModule =
     QLibraryInfo::location(QLibraryInfo::Qml2ImportsPath).toLocal8Bit() + "/QtQuick/Layouts";
 
-QStringList g_warnings;
-
-void KeepWarning(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text)
+/// What was warned of so far in a test, but for the dictionaries, which the keyboard does without.
+QStringList Warned()
 {
-    if (type == QtWarningMsg && !text.startsWith("Hunspell dictionary is missing")) {
-        g_warnings += text;
-    }
+    QStringList texts;
+    const QStringList all = Warnings::Texts();
+    std::copy_if(all.begin(), all.end(), std::back_inserter(texts), [](const QString& text) {
+        return !text.startsWith("Hunspell dictionary is missing");
+    });
+    return texts;
 }
 
 } // namespace
@@ -105,6 +111,7 @@ private:
     /// One window for all tests, as in the program: Qt keeps the keyboard's graphics until the
     /// process ends.
     MoskTester* m_window = nullptr;
+    std::unique_ptr<Warnings> m_warnings;
 };
 
 void KeyboardPanelTest::initTestCase()
@@ -123,13 +130,12 @@ void KeyboardPanelTest::init()
     TakeScreenOf({1024, 600});
     m_window->show();
     QVERIFY(QTest::qWaitForWindowActive(m_window));
-    g_warnings.clear();
-    qInstallMessageHandler(KeepWarning);
+    m_warnings = std::make_unique<Warnings>();
 }
 
 void KeyboardPanelTest::cleanup()
 {
-    qInstallMessageHandler(nullptr);
+    m_warnings.reset();
     m_window->GetBody()->OpenPage(BodyWidget::NoPage);
     delete m_window->GetBody()->findChild<QTextEdit*>();
     QTRY_VERIFY(!IsKeyboardShown());
@@ -246,14 +252,14 @@ void KeyboardPanelTest::missingModuleIsSaidOnceAndTheRestWorks()
     auto* line = InGrid<QLineEdit>(page, 8, 1);
 
     Tap(line);
-    QTRY_VERIFY(!g_warnings.isEmpty());
+    QTRY_VERIFY(!Warned().isEmpty());
     Tap(InGrid<QLineEdit>(page, 5, 1));
     QTest::qWait(50);
     umount(layoutsModule);
 
-    QVERIFY2(g_warnings.size() == 1, qPrintable(g_warnings.join("\n")));
-    QVERIFY2(g_warnings[0].contains("module \"QtQuick.Layouts\" is not installed"),
-             qPrintable(g_warnings[0]));
+    QVERIFY2(Warned().size() == 1, qPrintable(Warned().join("\n")));
+    QVERIFY2(Warned()[0].contains("module \"QtQuick.Layouts\" is not installed"),
+             qPrintable(Warned()[0]));
     QVERIFY(!IsKeyboardShown());
     QVERIFY(IsContentAtRest());
     QTest::keyClicks(line, "x");
@@ -275,7 +281,7 @@ void KeyboardPanelTest::keyboardIsLoadedWhenAFieldIsFirstTapped()
     QCOMPARE(Keyboard()->width(), m_window->width());
     TapKey("7");
     QCOMPARE(line->text(), QString("192.168.10.17"));
-    QVERIFY2(g_warnings.isEmpty(), qPrintable(g_warnings.join("\n")));
+    QVERIFY2(Warned().isEmpty(), qPrintable(Warned().join("\n")));
 }
 
 void KeyboardPanelTest::keysTypeWhatIsOnThem()
@@ -298,7 +304,7 @@ void KeyboardPanelTest::keysTypeWhatIsOnThem()
     TapKey("i");
 
     QCOMPARE(line->text(), QString("abc.d,10.2:-Fg i"));
-    QVERIFY2(g_warnings.isEmpty(), qPrintable(g_warnings.join('\n')));
+    QVERIFY2(Warned().isEmpty(), qPrintable(Warned().join('\n')));
 }
 
 void KeyboardPanelTest::fieldOfEveryRowStaysInSight_data()

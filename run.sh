@@ -5,11 +5,13 @@ set -eu
 usage() {
     cat <<'TEXT'
 Usage: run.sh [tour | vnc [PORT] | board] [--size WIDTHxHEIGHT]
+       run.sh accept [ARGUMENT]...
   (nothing)   the program in a window; where there is no display, the tour
   tour        presses every check, prints what each showed, leaves a report in out/tour
   vnc [PORT]  shows the program to a VNC viewer at localhost:PORT (5900)
-  board       the program on an ARMv7 board in QEMU (docs/virtual-board.md), at localhost:5900 for
-              a VNC viewer; where there is no display, its acceptance, which takes a while
+  board       the program on an ARMv7 board in QEMU (docs/virtual-board.md), for a VNC viewer at
+              localhost:5900
+  accept      walks the acceptance of the program on that board; accept --help shows its arguments
 TEXT
 }
 
@@ -39,23 +41,23 @@ is_taken() {
 cd "$(dirname "$0")"
 what=
 port=5900
-size=1024x600
+size=
 while [ $# -gt 0 ]; do
     case $1 in
     --help | -h)
         usage
         exit
         ;;
-    board)
+    accept)
+        [ -z "$what" ] || refuse "'accept' after '$what': only one of them can be shown"
         shift
-        [ -n "${DISPLAY:-}" ] || exec virtual-board/accept "$@"
-        exec virtual-board/start --vnc "$port" --size "$size" "$@"
+        exec virtual-board/accept ${size:+--size "$size"} "$@"
         ;;
-    tour | vnc)
+    tour | vnc | board)
         [ -z "$what" ] || refuse "'$1' after '$what': only one of them can be shown"
         what=$1
         case $1:${2:-} in
-        tour:* | vnc: | vnc:--*) ;;
+        tour:* | board:* | vnc: | vnc:--*) ;;
         *)
             is_number "$2" 65535 || refuse "'$2' is no port: it takes a number from 1 to 65535"
             port=$2
@@ -73,10 +75,16 @@ while [ $# -gt 0 ]; do
     esac
     shift
 done
-if [ "$what" = vnc ] && is_taken "$port"; then
-    echo "run.sh: port $port is taken: try another one, such as ./run.sh vnc 5901" >&2
-    exit 1
-fi
+case $what in vnc | board)
+    if is_taken "$port"; then
+        [ "$what" = board ] && other="virtual-board/start --vnc 5901" || other="./run.sh vnc 5901"
+        echo "run.sh: port $port is taken: try another one, such as $other" >&2
+        exit 1
+    fi
+    ;;
+esac
+size=${size:-1024x600}
+[ "$what" != board ] || exec virtual-board/start --vnc "$port" --size "$size"
 if [ -z "$what" ]; then
     what=window
     if [ -z "${DISPLAY:-}" ]; then

@@ -4,10 +4,11 @@
 #include "frame/BodyWidget.h"
 #include "frame/Look.h"
 #include "frame/MoskTester.h"
-#include "frame/MoskTranslator.h"
+#include "frame/Pages.h"
 #include "pages/CanTester.h"
 #include "simulated-board/Board.h"
 #include "tests/CanBus.h"
+#include "texts/MoskTranslator.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -58,18 +59,18 @@ void MeasureOpening()
     g_mainwnd = &window;
     window.show();
     Paint();
-    for (int page = 1; page <= 10; ++page) {
+    for (const Page& page : allPages) {
         window.GetBody()->OpenPage(BodyWidget::NoPage);
         Paint();
-        const double first = OpeningMs(window.GetBody(), page);
+        const double first = OpeningMs(window.GetBody(), page.id);
         std::array<double, 9> later = {};
         for (double& value : later) {
             window.GetBody()->OpenPage(BodyWidget::NoPage);
             Paint();
-            value = OpeningMs(window.GetBody(), page);
+            value = OpeningMs(window.GetBody(), page.id);
         }
         std::sort(later.begin(), later.end());
-        std::printf("  page %-51d %9.1f %9.1f\n", page, first, later[later.size() / 2]);
+        std::printf("  %-56s %9.1f %9.1f\n", page.name, first, later[later.size() / 2]);
         std::fflush(stdout);
     }
     g_mainwnd = nullptr;

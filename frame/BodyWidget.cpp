@@ -1,15 +1,6 @@
 #include "frame/BodyWidget.h"
 
-#include "frame/StartPage.h"
-#include "pages/BasicTester.h"
-#include "pages/CameraTester.h"
-#include "pages/CanTester.h"
-#include "pages/ProductionTester.h"
-#include "pages/SerialPortTester.h"
-#include "pages/SqlTester.h"
-#include "pages/VncTester.h"
-#include "pages/VoiceTester.h"
-#include "pages/WifiTester.h"
+#include "frame/Pages.h"
 
 #include <QApplication>
 #include <QEvent>
@@ -126,30 +117,23 @@ void BodyWidget::ClosePage()
 
 QWidget* BodyWidget::BuildPage(int id)
 {
-    switch (id) {
-    case HomePage:
-        return new StartPage(this);
-    case BasicPage:
-        return new BasicTester(this);
-    case SerialPage:
-        return new SerialPortTester(this);
-    case DatabasePage:
-        return new SqlTester(this);
-    case ProductionPage:
-        return new ToolProductionTest(this);
-    case WifiPage:
-        return new ToolWifiTest(this);
-    case VoicePage:
-        return new VoiceTester(this);
-    case CanPage:
-        return new CanTester(this);
-    case RemoteAccessPage:
-        return new ToolVncTest(this);
-    case CameraPage:
-        return new CameraTester(this);
-    default:
-        return nullptr;
+    for (const Page& page : allPages) {
+        if (page.id == id) {
+            return page.build(this);
+        }
     }
+    return nullptr;
+}
+
+QVariantList BodyWidget::Pages()
+{
+    QVariantList list;
+    int tab = 0;
+    for (const Page& page : allPages) {
+        list.append(QVariantMap{
+            {"id", page.id}, {"name", page.name}, {"tab", page.tabKey != nullptr ? tab++ : -1}});
+    }
+    return list;
 }
 
 // The style sheet paints a subclass of QWidget only if its paintEvent() asks for it.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QVariantList>
 #include <QWidget>
 
 class QTimer;
@@ -35,6 +36,10 @@ public:
     /// While a list or a box of the page is open, the change is put off. Of several ids, the last
     /// one counts. Can be called by name, because some pages have no tab and are opened by id only.
     Q_INVOKABLE void OpenPage(int id);
+
+    /// All pages, in the order of their ids, for programs that drive this one from outside. Each is
+    /// a map of its "id", its "name" and its "tab": its place in the menu, or -1.
+    Q_INVOKABLE static QVariantList Pages();
 
     /// Builds the open page again, in the current language. This is put off like OpenPage().
     void TranslateUI();

@@ -2,7 +2,8 @@
 
 #include "frame/BodyWidget.h"
 #include "frame/MoskTester.h"
-#include "frame/MoskTranslator.h"
+#include "frame/Pages.h"
+#include "texts/MoskTranslator.h"
 
 #include <QHBoxLayout>
 #include <QPainter>
@@ -54,17 +55,10 @@ void HeadWidget::InitTabWidget(QTabWidget* tab)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
 
-    // The pages 4, 5, 9 and 10 have no tab on purpose; they are opened by id.
-    const struct {
-        int pageId;
-        const char* text;
-    } tabs[] = {
-        {BodyWidget::HomePage, "Label_1000100"},   {BodyWidget::BasicPage, "Label_1000101"},
-        {BodyWidget::SerialPage, "Label_1000102"}, {BodyWidget::WifiPage, "Label_1000105"},
-        {BodyWidget::VoicePage, "Label_1000106"},  {BodyWidget::CanPage, "Label_1000107"},
-    };
-    for (const auto& entry : tabs) {
-        tab->addTab(new HeadTabWidget(entry.pageId, entry.text, tab), QString());
+    for (const Page& page : allPages) {
+        if (page.tabKey != nullptr) {
+            tab->addTab(new HeadTabWidget(page.id, page.tabKey, tab), QString());
+        }
     }
 }
 

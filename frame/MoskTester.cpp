@@ -2,8 +2,9 @@
 
 #include "frame/BodyWidget.h"
 #include "frame/HeadWidget.h"
+#include "frame/InputGate.h"
 #include "frame/KeyboardPanel.h"
-#include "frame/MoskUtility.h"
+#include "texts/MoskUtility.h"
 
 #include <QTimer>
 #include <QVBoxLayout>
@@ -44,6 +45,7 @@ MoskTester::MoskTester(QWidget* parent) : QMainWindow(parent)
     m_timer = new QTimer(this);
     connect(m_timer, &QTimer::timeout, this, &MoskTester::OnTimer);
 
+    new InputGate(this);
     new KeyboardPanel(this);
 }
 

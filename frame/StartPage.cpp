@@ -1,13 +1,13 @@
 #include "frame/StartPage.h"
 
-#include "frame/MoskSettings.h"
 #include "frame/MoskTester.h"
-#include "frame/MoskTranslator.h"
 #include "instruments/MessageBoxes.h"
 #include "instruments/Rows.h"
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
 #include "protocols/BoardTexts.h"
+#include "texts/MoskSettings.h"
+#include "texts/MoskTranslator.h"
 
 #include <QComboBox>
 #include <QFile>

@@ -1,8 +1,8 @@
 #include "frame/BodyWidget.h"
 #include "frame/Look.h"
 #include "frame/MoskTester.h"
-#include "frame/MoskTranslator.h"
 #include "frame/StopSignals.h"
+#include "texts/MoskTranslator.h"
 
 #include <QApplication>
 #include <QPixmap>

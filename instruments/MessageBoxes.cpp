@@ -1,6 +1,6 @@
 #include "instruments/MessageBoxes.h"
 
-#include "frame/MoskTranslator.h"
+#include "texts/MoskTranslator.h"
 
 #include <QGridLayout>
 #include <QLabel>
@@ -15,9 +15,10 @@ const char* const boxStyle = "QMessageBox{background-color:rgb(195, 195, 195);} 
                              "QLabel{min-width:300 px;min-height:100px; font-size: 24px;} "
                              "QPushButton{ width:100px; font-size: 24px; }";
 
-/// Makes the box wide enough for its text. The style sets a minimum width for the text. The box
-/// takes it for the width that the text needs, and cuts a longer text. The box itself breaks a text
-/// of more than 480 pixels into lines.
+/// Makes the box wide enough for its text. The style's "min-width: 300 px" makes the box believe
+/// that 300 pixels are enough for any text, and it cuts a longer one. So an empty row as wide as
+/// the text stands below the others. A text of more than 480 pixels is broken into lines by the
+/// box.
 void MakeRoomForText(QMessageBox& box)
 {
     auto* text = box.findChild<QLabel*>("qt_msgbox_label");

@@ -12,6 +12,7 @@ class QTimer;
 ///
 /// Text that comes after a silence is shown at once. Text that comes quickly is gathered and shown
 /// ten times a second, with one insertion and one repaint: painting, not layout, takes the time.
+/// Where an update itself takes long, the pause after it is longer, but never half a second.
 /// The oldest lines are dropped. The beginning of a line that does not end is dropped too, because
 /// the whole line is laid out for each addition.
 ///
@@ -37,6 +38,7 @@ public:
     void ShowGathered();
 
 protected:
+    void mousePressEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
@@ -57,8 +59,10 @@ private:
     bool m_endsInReturn = false;
     QTimer* m_timer = nullptr;
     QElapsedTimer m_sinceShown;
-    /// The time that the last update took so far, layout and painting, in nanoseconds.
+    /// What the last update cost in nanoseconds of processor time: its layout and, once it is
+    /// painted, its painting. What is painted later, as when the operator scrolls, does not count.
     qint64 m_cost = 0;
+    bool m_isPainted = true;
     bool m_isShowing = false;
     bool m_isAtBottom = true;
 };

@@ -1,6 +1,6 @@
 #include "instruments/ResultField.h"
 
-#include "frame/MoskTranslator.h"
+#include "texts/MoskTranslator.h"
 
 #include <QApplication>
 #include <QEvent>

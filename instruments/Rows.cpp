@@ -1,7 +1,7 @@
 #include "instruments/Rows.h"
 
-#include "frame/MoskTranslator.h"
 #include "instruments/Title.h"
+#include "texts/MoskTranslator.h"
 
 #include <QGridLayout>
 #include <QLabel>

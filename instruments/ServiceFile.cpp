@@ -22,8 +22,12 @@ bool Read(const QString& path, QByteArray* content)
         return true;
     }
     // A pipe or a device instead of a file could be read for ever.
+    if (!info.isFile() || info.size() > mostBytes) {
+        qWarning() << "Cannot read" << path << (info.isFile() ? "too large" : "not a file");
+        return false;
+    }
     QFile file(path);
-    if (!info.isFile() || info.size() > mostBytes || !file.open(QIODevice::ReadOnly)) {
+    if (!file.open(QIODevice::ReadOnly)) {
         qWarning() << "Cannot read" << path << file.errorString();
         return false;
     }

@@ -1,6 +1,7 @@
 #include "instruments/Shell.h"
 
 #include <QDebug>
+#include <QProcess>
 
 #include <cerrno>
 #include <csignal>
@@ -11,10 +12,9 @@
 namespace
 {
 
-/// While an object of this class exists, commands start with the default action for SIGPIPE: a
-/// command ends when nobody reads its output any more. The program ignores the signal. Commands
-/// would inherit this, and a shell cannot change it. A signal that has a handler, even an empty
-/// one, has its default action in a command.
+/// Lets the commands that are started while it exists end at SIGPIPE, as a command must when nobody
+/// reads its output any more. Qt ignores this signal in the program, and a new process keeps what
+/// is ignored, but loses what is handled. So an empty handler stands while a command is started.
 class DefaultSigPipe
 {
 public:
@@ -35,6 +35,13 @@ private:
     struct sigaction m_before = {};
 };
 
+/// Logs that a command could not be started, but not its arguments: a passphrase may be among them.
+void WarnOf(const QByteArray& command)
+{
+    qWarning("Cannot run %s: %s", command.left(command.indexOf(' ')).constData(),
+             std::strerror(errno));
+}
+
 FILE* OpenPipe(const QByteArray& command)
 {
     const DefaultSigPipe forTheCommand;
@@ -47,7 +54,7 @@ void RunShell(const QByteArray& command)
 {
     const DefaultSigPipe forTheCommand;
     if (std::system(command.constData()) == -1) {
-        qWarning("Cannot run \"%s\": %s", command.constData(), std::strerror(errno));
+        WarnOf(command);
     }
 }
 
@@ -55,11 +62,24 @@ std::optional<QByteArray> ReadShell(const QByteArray& command, int limit)
 {
     FILE* pipe = OpenPipe(command);
     if (pipe == nullptr) {
-        qWarning("Cannot run \"%s\": %s", command.constData(), std::strerror(errno));
+        WarnOf(command);
         return std::nullopt;
     }
     QByteArray output(limit, '\0');
     output.resize(static_cast<int>(std::fread(output.data(), 1, output.size(), pipe)));
     pclose(pipe);
     return output;
+}
+
+void ReadLines(const QString& program, const QStringList& arguments,
+               const std::function<void(const QByteArray& line)>& take)
+{
+    QProcess process;
+    process.start(program, arguments, QIODevice::ReadWrite);
+    do {
+        process.waitForReadyRead(1000);
+        while (process.canReadLine()) {
+            take(process.readLine());
+        }
+    } while (process.state() != QProcess::NotRunning);
 }

@@ -1,6 +1,6 @@
 #include "instruments/Title.h"
 
-#include "frame/MoskTranslator.h"
+#include "texts/MoskTranslator.h"
 
 #include <QLabel>
 
@@ -17,16 +17,20 @@ void NarrowText(QWidget* widget)
 {
     // The font gets its size from the style sheet when the widget is polished.
     widget->ensurePolished();
-    // Each width tried loads a font, so the next one is what the text's own width asks for. Fonts
-    // do not become narrower in proportion, so one is not always enough.
+    // Letters of 80 % of the width take more than 80 % of the room in some fonts, so one step is
+    // not always enough. Each step loads a font, so it goes straight to the width that seems to
+    // fit.
     const int step = 5;
     const int narrowest = 50;
     QFont font = widget->font();
+    const int room = widget->maximumWidth();
     int stretch = QFont::Unstretched;
-    while (widget->sizeHint().width() > widget->maximumWidth() && stretch > narrowest) {
-        const int wanted = stretch * widget->maximumWidth() / widget->sizeHint().width();
+    int width = widget->sizeHint().width();
+    while (width > room && stretch > narrowest) {
+        const int wanted = stretch * room / width;
         stretch = qBound(narrowest, wanted - wanted % step, stretch - step);
         font.setStretch(stretch);
         widget->setFont(font);
+        width = widget->sizeHint().width();
     }
 }

@@ -2,7 +2,6 @@
 
 #include <QDebug>
 #include <QSerialPort>
-#include <QSocketNotifier>
 #include <QTimer>
 
 #include <poll.h>
@@ -10,39 +9,11 @@
 namespace
 {
 
-/// The pause after a read in milliseconds. At 115200 baud about two hundred bytes come in this
-/// time; the system buffers up to four thousand.
-const int pauseMs = 20;
-
 /// Whether the device is gone, such as an adapter that was unplugged.
 bool HasHungUp(const QSerialPort* port)
 {
     pollfd state = {port->handle(), POLLIN, 0};
     return poll(&state, 1, 0) > 0 && (state.revents & (POLLHUP | POLLERR)) != 0;
-}
-
-/// Makes a port read again after the pause. A port that was made to wait, or met some errors, waits
-/// until somebody asks it for data. peek() asks without taking any.
-void ReadOnLater(QSerialPort* port)
-{
-    QTimer::singleShot(pauseMs, Qt::PreciseTimer, port, [port] {
-        if (port->isOpen()) {
-            port->peek(1);
-        }
-    });
-}
-
-/// Keeps a port from reading for a moment. It would read, and wake the program, for every few
-/// bytes.
-void Pause(QSerialPort* port)
-{
-    const auto notifiers = port->findChildren<QSocketNotifier*>();
-    for (QSocketNotifier* notifier : notifiers) {
-        if (notifier->type() == QSocketNotifier::Read) {
-            notifier->setEnabled(false);
-        }
-    }
-    ReadOnLater(port);
 }
 
 /// Closes a port whose device is gone; it would report the same error without end. If the device is
@@ -58,7 +29,13 @@ void OnReadError(QSerialPort* port, const QString& device)
         port->close();
         return;
     }
-    ReadOnLater(port);
+    // After some errors a port waits until somebody asks it for data. peek() asks without taking
+    // any. Not at once: where reading fails for good, that would not end.
+    QTimer::singleShot(20, port, [port] {
+        if (port->isOpen()) {
+            port->peek(1);
+        }
+    });
 }
 
 } // namespace
@@ -92,9 +69,7 @@ bool OpenUart(QSerialPort* port, const QString& device)
 
 QByteArray ReadUart(QSerialPort* port)
 {
-    const QByteArray received = port->readAll();
-    Pause(port);
-    return received;
+    return port->read(port->bytesAvailable());
 }
 
 void CloseUart(QSerialPort*& port)

@@ -12,8 +12,7 @@ class QString;
 /// leaves.
 bool OpenUart(QSerialPort* port, const QString& device);
 
-/// Takes what a port has received. After that the port waits 20 ms before it reads again: waking up
-/// for every few bytes of a stream takes more time than showing them.
+/// Takes what a port has received. readAll() would reserve 16 kB for every few bytes.
 QByteArray ReadUart(QSerialPort* port);
 
 /// Closes and deletes a port, and sets the pointer to null. A null pointer stays as it is.

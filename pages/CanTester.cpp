@@ -1,10 +1,10 @@
 #include "pages/CanTester.h"
 
-#include "frame/MoskTranslator.h"
 #include "instruments/ReceiveView.h"
 #include "instruments/Rows.h"
 #include "pages/CanThread.h"
 #include "protocols/CanFrame.h"
+#include "texts/MoskTranslator.h"
 
 #include <QComboBox>
 #include <QDebug>
@@ -33,21 +33,6 @@ void NoteFailure(bool ok, const char* call, const char* interface)
     }
 }
 
-/// Closes a socket and makes its descriptor number refer to /dev/null, so that no other file gets
-/// the number. Returns the number, or -1 when it could not be kept.
-int CloseAndKeepNumber(int socket, const char* interface)
-{
-    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-    NoteFailure(nothing >= 0, "open /dev/null", interface);
-    if (nothing < 0) {
-        ::close(socket);
-        return -1;
-    }
-    dup3(nothing, socket, O_CLOEXEC);
-    ::close(nothing);
-    return socket;
-}
-
 } // namespace
 
 CanTester::CanTester(QWidget* parent) : QWidget(parent)
@@ -58,7 +43,6 @@ CanTester::CanTester(QWidget* parent) : QWidget(parent)
 
     m_chooser = new QComboBox(this);
     m_chooser->addItem("can0");
-    m_chooser->setCurrentIndex(0);
     m_openClose =
         // The buttons have the same names as those of the serial page.
         AddRow(layout, {"Label_1000900", m_chooser, {"Label_1000901", Name("btnOpenCom")}});
@@ -77,15 +61,12 @@ CanTester::CanTester(QWidget* parent) : QWidget(parent)
 
 CanTester::~CanTester()
 {
-    StopReceiver();
-    if (m_socket >= 0) {
-        ::close(m_socket);
-    }
+    StopCan();
 }
 
 void CanTester::StartCan(int which)
 {
-    if (m_socket >= 0) {
+    if (m_socket >= 0 || m_isUsedUp) {
         return;
     }
     const char* interface = which != 0 ? "can1" : "can0";
@@ -114,12 +95,12 @@ void CanTester::StartCan(int which)
 
 void CanTester::StopCan()
 {
-    if (m_socket < 0) {
-        return;
-    }
     StopReceiver();
-    // The number stays set: a page opens the bus only once. After that its button stays on Open.
-    m_socket = CloseAndKeepNumber(m_socket, qUtf8Printable(m_chooser->currentText()));
+    if (m_socket >= 0) {
+        ::close(m_socket);
+        m_socket = -1;
+        m_isUsedUp = true;
+    }
 }
 
 void CanTester::StopReceiver()
@@ -134,7 +115,7 @@ void CanTester::StopReceiver()
 
 void CanTester::OnOpenCloseCanPort(bool /*checked*/)
 {
-    if (m_socket < 0) {
+    if (m_socket < 0 && !m_isUsedUp) {
         m_openClose->setText(MoskTranslator::Translate("Label_1000905"));
         StartCan(0);
     } else {

@@ -22,8 +22,8 @@ public:
     /// Opens a CAN interface and receives from it: "can1" when `which` is not 0, else "can0".
     void StartCan(int which);
 
-    /// Stops receiving and closes the socket. The socket's number is kept until the page is
-    /// deleted: a page opens the bus only once. Frames that it sends after that reach nobody.
+    /// Stops receiving and closes the socket. A page opens the bus only once: after that its button
+    /// stays on Open, and it sends nothing.
     void StopCan();
 
 private slots:
@@ -39,6 +39,7 @@ private:
     QLineEdit* m_sendText = nullptr;
     ReceiveView* m_received = nullptr;
     int m_socket = -1;
+    bool m_isUsedUp = false; ///< whether the page's one opening of the bus is over
     CanThread* m_receiver = nullptr;
     sockaddr_can m_address = {};
 };

@@ -1,9 +1,9 @@
 #include "pages/ProductionTester.h"
 
-#include "frame/MoskTranslator.h"
 #include "instruments/ReceiveView.h"
 #include "instruments/Rows.h"
 #include "instruments/Uart.h"
+#include "texts/MoskTranslator.h"
 
 #include <QFile>
 #include <QGridLayout>

@@ -1,8 +1,8 @@
 #include "pages/SqlTester.h"
 
-#include "frame/MoskTranslator.h"
 #include "instruments/ResultField.h"
 #include "instruments/Rows.h"
+#include "texts/MoskTranslator.h"
 
 #include <QDebug>
 #include <QFile>

@@ -1,7 +1,7 @@
 #include "pages/TouchTester.h"
 
-#include "frame/MoskTranslator.h"
-#include "frame/MoskUtility.h"
+#include "texts/MoskTranslator.h"
+#include "texts/MoskUtility.h"
 
 #include <QCoreApplication>
 #include <QGridLayout>

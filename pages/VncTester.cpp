@@ -1,12 +1,12 @@
 #include "pages/VncTester.h"
 
-#include "frame/MoskTranslator.h"
 #include "instruments/MessageBoxes.h"
 #include "instruments/Rows.h"
 #include "instruments/ServiceFile.h"
 #include "instruments/Shell.h"
 #include "instruments/Title.h"
 #include "protocols/IniFile.h"
+#include "texts/MoskTranslator.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
@@ -14,6 +14,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+
+#include <algorithm>
+#include <limits>
 
 namespace
 {
@@ -28,6 +31,25 @@ const IniKey serverPort = {"common", "server_port"};
 const IniKey remotePort = {"vnc", "remote_port"};
 
 const QSize titleSize(180, 30);
+
+/// Takes port numbers. QIntValidator alone takes larger numbers of as many digits, and signs,
+/// separators and other digits of the operator's language.
+///
+/// Leading zeros are taken: 7000 becomes 8000 by way of 000.
+class PortValidator : public QIntValidator
+{
+public:
+    explicit PortValidator(QObject* parent) : QIntValidator(0, 65535, parent) {}
+
+    State validate(QString& text, int& position) const override
+    {
+        const bool isPort = text.size() <= 5 && text.toInt() <= top() &&
+                            std::all_of(text.cbegin(), text.cend(), [](QChar character) {
+                                return character >= '0' && character <= '9';
+                            });
+        return isPort ? QIntValidator::validate(text, position) : Invalid;
+    }
+};
 
 } // namespace
 
@@ -44,9 +66,17 @@ ToolVncTest::ToolVncTest(QWidget* parent) : QWidget(parent)
 
     m_serverAddress = AddField(layout, 1, "Label_1001000");
     m_serverPort = AddField(layout, 2, "Label_1001001");
-    m_serverPort->setValidator(new QIntValidator(0, 65535, m_serverPort));
     m_remotePort = AddField(layout, 3, "Label_1001002");
-    m_remotePort->setValidator(new QIntValidator(0, 65535, m_remotePort));
+    for (QLineEdit* port : {m_serverPort, m_remotePort}) {
+        port->setValidator(new PortValidator(port));
+        // The file may hold something else, and the field shows it. An edit that does not make a
+        // port of it clears the field.
+        connect(port, &QLineEdit::textEdited, port, [port](const QString& text) {
+            if (!text.isEmpty() && !port->hasAcceptableInput()) {
+                port->clear();
+            }
+        });
+    }
     m_security = AddBox(layout, 4, "Label_1001004");
     m_password = AddField(layout, 5, "Label_1001003");
     for (QLineEdit* field : {m_serverAddress, m_serverPort, m_remotePort}) {
@@ -60,10 +90,6 @@ ToolVncTest::ToolVncTest(QWidget* parent) : QWidget(parent)
     connect(set, &QPushButton::clicked, this, &ToolVncTest::OnBtnSetClicked);
 
     LoadConfig();
-    const auto fields = findChildren<QLineEdit*>();
-    for (QLineEdit* field : fields) {
-        connect(field, &QLineEdit::textChanged, this, [this, field] { m_touched.insert(field); });
-    }
 }
 
 QCheckBox* ToolVncTest::AddBox(QGridLayout* layout, int row, const char* textKey)
@@ -79,6 +105,8 @@ QLineEdit* ToolVncTest::AddField(QGridLayout* layout, int row, const char* title
 {
     auto* field = new QLineEdit(this);
     field->setFixedSize(240, 30);
+    // Set writes what the field holds. The default limit would cut off a long value of the file.
+    field->setMaxLength(std::numeric_limits<int>::max());
     AddWideRow(layout, row, titleSize, {titleKey, field});
     return field;
 }
@@ -96,24 +124,17 @@ void ToolVncTest::LoadConfig()
     m_remotePort->setText(IniValue(client, remotePort));
 }
 
-QByteArray ToolVncTest::WithField(const QByteArray& content, const IniKey& key,
-                                  QLineEdit* field) const
-{
-    const bool isTouched = m_touched.contains(field);
-    return IniWithValue(content, key, isTouched ? field->text() : IniValue(content, key));
-}
-
 void ToolVncTest::OnBtnSetClicked()
 {
     EditServiceFile(vncServerPath, [this](QByteArray content) {
         content = IniWithValue(content, enable, m_enable->isChecked() ? "1" : "0");
         content = IniWithValue(content, security, m_security->isChecked() ? "2" : "1");
-        return WithField(content, password, m_password);
+        return IniWithValue(content, password, m_password->text());
     });
     EditServiceFile(frpClientPath, [this](QByteArray content) {
-        content = WithField(content, serverAddress, m_serverAddress);
-        content = WithField(content, serverPort, m_serverPort);
-        return WithField(content, remotePort, m_remotePort);
+        content = IniWithValue(content, serverAddress, m_serverAddress->text());
+        content = IniWithValue(content, serverPort, m_serverPort->text());
+        return IniWithValue(content, remotePort, m_remotePort->text());
     });
     RunShell("sync");
     // Shown even when a file could not be written.

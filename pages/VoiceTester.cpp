@@ -1,14 +1,13 @@
 #include "pages/VoiceTester.h"
 
-#include "frame/MoskTranslator.h"
 #include "instruments/NameSelector.h"
 #include "instruments/Rows.h"
 #include "instruments/Shell.h"
 #include "protocols/Player.h"
+#include "texts/MoskTranslator.h"
 
 #include <QGridLayout>
 #include <QLabel>
-#include <QProcess>
 #include <QPushButton>
 #include <QTimer>
 
@@ -49,14 +48,9 @@ VoiceTester::~VoiceTester()
 void VoiceTester::OnBtnScanClicked(bool /*checked*/)
 {
     m_files->clear();
-    QProcess find;
-    find.start("find", {"/mnt/", "-name", "*.wav"}, QIODevice::ReadWrite);
-    do {
-        find.waitForReadyRead(1000);
-        while (find.canReadLine()) {
-            m_files->addItem(QString::fromLocal8Bit(find.readLine().constData()));
-        }
-    } while (find.state() != QProcess::NotRunning);
+    ReadLines("find", {"/mnt/", "-name", "*.wav"}, [this](const QByteArray& line) {
+        m_files->addItem(QString::fromLocal8Bit(line.constData()));
+    });
 }
 
 void VoiceTester::OnBtnPlayClicked(bool /*checked*/)

@@ -1,6 +1,5 @@
 #include "pages/WifiTester.h"
 
-#include "frame/MoskTranslator.h"
 #include "instruments/NameSelector.h"
 #include "instruments/Ping.h"
 #include "instruments/ResultField.h"
@@ -8,6 +7,7 @@
 #include "instruments/Shell.h"
 #include "protocols/BoardTexts.h"
 #include "protocols/Supplicant.h"
+#include "texts/MoskTranslator.h"
 
 #include <QFile>
 #include <QGridLayout>
@@ -70,16 +70,11 @@ ToolWifiTest::ToolWifiTest(QWidget* parent) : QWidget(parent)
 
 bool ToolWifiTest::IsWifiEnable()
 {
-    QProcess process;
-    process.start("ifconfig", {"wlan0"}, QIODevice::ReadWrite);
     bool isRunning = false;
-    do {
-        process.waitForReadyRead(1000);
-        while (process.canReadLine()) {
-            const QString line = QString::fromLocal8Bit(process.readLine());
-            isRunning = isRunning || line.contains("RUNNING", Qt::CaseInsensitive);
-        }
-    } while (process.state() != QProcess::NotRunning);
+    ReadLines("ifconfig", {"wlan0"}, [&isRunning](const QByteArray& line) {
+        const QString text = QString::fromLocal8Bit(line);
+        isRunning = isRunning || text.contains("RUNNING", Qt::CaseInsensitive);
+    });
     return isRunning;
 }
 
@@ -148,8 +143,9 @@ void ToolWifiTest::OnBtnConnectClicked(bool /*checked*/)
         return;
     }
     // A truncated name or passphrase would never connect, and nobody would know why.
-    if (!ComposeSetNetwork(m_ssidCommand, "ssid", SsidBytes(ssid.toUtf8())) ||
-        !ComposeSetNetwork(m_pskCommand, "psk", passphrase.toUtf8())) {
+    const auto setSsid = SetNetworkCommand("ssid", SsidBytes(ssid.toUtf8()));
+    const auto setPassphrase = SetNetworkCommand("psk", passphrase.toUtf8());
+    if (!setSsid || !setPassphrase) {
         m_lineStatus->setText(MoskTranslator::Translate("Label_1010002"));
         return;
     }
@@ -157,8 +153,8 @@ void ToolWifiTest::OnBtnConnectClicked(bool /*checked*/)
     PaintPage();
     RunShell("wpa_cli -i wlan0 remove_network all");
     RunShell("wpa_cli -i wlan0 add_network");
-    RunShell(m_ssidCommand);
-    RunShell(m_pskCommand);
+    RunShell(*setSsid);
+    RunShell(*setPassphrase);
     RunShell("wpa_cli -i wlan0 enable_network 0");
     RunShell("udhcpc -i wlan0 -b");
     OnLabelStatusRefreshed();
@@ -175,10 +171,11 @@ void ToolWifiTest::OnBtnPingClicked(bool /*checked*/)
 {
     bool answered = false;
     if (m_isWifiEnabled) {
-        std::snprintf(m_pingCommand, sizeof m_pingCommand, "ping -I wlan0 %s -w 2 -c 2",
+        char command[100];
+        std::snprintf(command, sizeof command, "ping -I wlan0 %s -w 2 -c 2",
                       m_linePingHost->text().toUtf8().constData());
         QProcess process;
-        const QByteArray output = RunPing(&process, QString::fromUtf8(m_pingCommand));
+        const QByteArray output = RunPing(&process, QString::fromUtf8(command));
         answered = PingAnswered(QString::fromUtf8(output));
     }
     ShowVerdict(m_lineResult,

@@ -35,7 +35,4 @@ private:
     QLineEdit* m_linePassword = nullptr;
     QLineEdit* m_linePingHost = nullptr;
     QLineEdit* m_lineResult = nullptr;
-    char m_ssidCommand[100] = {};
-    char m_pskCommand[100] = {};
-    char m_pingCommand[100] = {};
 };

@@ -1,7 +1,9 @@
 #include "protocols/FlashingLogParser.h"
 
 #include <QByteArray>
-#include <QList>
+
+#include <array>
+#include <iterator>
 
 namespace
 {
@@ -25,7 +27,7 @@ struct Marker {
 
 /// A line is judged by the first marker of this table that it holds. The texts are spelled as the
 /// flashing tool and the board's self-test print them, with their grammar.
-const Marker markers[] = {
+constexpr Marker markers[] = {
     {"begin to erase flash", Rule::Pass, "Label_1000515", nullptr},
     {"successed in erasing flash", Rule::Pass, "Label_1000516", nullptr},
     {"successed in download part rootfs", Rule::RootfsBurnt, "Label_1000505", nullptr},
@@ -37,74 +39,108 @@ const Marker markers[] = {
     {"MOSK_HARD_DDR:", Rule::OkBehindMarker, "Label_1000511", "Label_1000512"},
 };
 
-/// The text of the bytes up to their first NUL.
-QString TextOf(const QByteArray& bytes)
+/// Which letters markers begin with.
+constexpr auto firstLetters = [] {
+    std::array<bool, 128> letters{};
+    for (const Marker& marker : markers) {
+        letters[*marker.text] = true;
+    }
+    return letters;
+}();
+
+/// Whether a text, which ends with a NUL, begins with a marker.
+bool BeginsWith(const QChar* text, const char* marker)
 {
-    return QString::fromUtf8(bytes.constData(),
-                             static_cast<int>(qstrnlen(bytes.constData(), bytes.size())));
+    while (*marker != '\0' && *text == QLatin1Char(*marker)) {
+        ++text;
+        ++marker;
+    }
+    return *marker == '\0';
+}
+
+/// What is kept of a line that does not end, in characters. The oldest text is dropped when there
+/// is a quarter more than this.
+const int keptOfALine = 4000000;
+
+/// The text of a chunk from `begin` to `end`, or to the first NUL before that.
+QString TextOf(const QByteArray& chunk, int begin, int end)
+{
+    const char* text = chunk.constData() + begin;
+    return QString::fromUtf8(text, static_cast<int>(qstrnlen(text, end - begin)));
 }
 
 } // namespace
 
 QVector<LogPiece> FlashingLogParser::Take(const QByteArray& chunk)
 {
-    if (chunk.isEmpty()) {
-        return {};
-    }
-    char separator = '\n';
-    QList<QByteArray> lines = chunk.split(separator);
-    if (lines.size() < 2 && chunk.indexOf('\r') >= 1) {
-        separator = '\r';
-        lines = chunk.split(separator);
-    }
-    const QString rest = TextOf(lines.takeLast());
+    const bool endsWithReturns = !chunk.contains('\n') && chunk.indexOf('\r') >= 1;
+    const QLatin1Char separator(endsWithReturns ? '\r' : '\n');
 
     QVector<LogPiece> pieces;
-    pieces.reserve(lines.size() + 1);
-    for (const QByteArray& line : qAsConst(lines)) {
-        const QString text = TextOf(line);
-        pieces.append({text + separator, Judge(m_pendingLine + text)});
+    int begin = 0;
+    for (int end = chunk.indexOf(separator.toLatin1()); end >= 0;
+         end = chunk.indexOf(separator.toLatin1(), begin)) {
+        const QString text = TextOf(chunk, begin, end);
+        m_pendingLine += text;
+        pieces.append({text + separator, Judge(m_pendingLine.right(keptOfALine))});
         m_pendingLine.clear();
+        begin = end + 1;
     }
+    const QString rest = TextOf(chunk, begin, chunk.size());
     if (!rest.isEmpty()) {
         pieces.append({rest, std::nullopt});
         m_pendingLine += rest;
+        if (m_pendingLine.size() > keptOfALine + keptOfALine / 4) {
+            m_pendingLine.remove(0, m_pendingLine.size() - keptOfALine);
+        }
     }
     return pieces;
 }
 
 std::optional<LogResult> FlashingLogParser::Judge(const QString& line)
 {
-    for (const Marker& marker : markers) {
-        const int place = line.indexOf(QLatin1String(marker.text));
-        if (place < 0) {
+    const Marker* marker = std::end(markers);
+    int place = 0;
+    // One pass for all markers, because nearly all lines hold none.
+    for (int at = 0; at < line.size(); ++at) {
+        const ushort letter = line.at(at).unicode();
+        if (letter >= firstLetters.size() || !firstLetters[letter]) {
             continue;
         }
-        bool ok = true;
-        switch (marker.rule) {
-        case Rule::Pass:
-            break;
-        case Rule::RootfsBurnt:
-            m_hasRootfs = true;
-            break;
-        case Rule::UbootBurnt:
-            m_hasUboot = true;
-            break;
-        case Rule::EverythingBurnt:
-            // Both flags stay set until Reset(): a second board flashed without a Reset() inherits
-            // them.
-            ok = m_hasRootfs && m_hasUboot;
-            break;
-        case Rule::OkInLine:
-            ok = line.indexOf("ok", 1) >= 1;
-            break;
-        case Rule::OkBehindMarker:
-            ok = line.indexOf("ok", place + static_cast<int>(qstrlen(marker.text))) >= 0;
-            break;
+        for (const Marker* better = markers; better != marker; ++better) {
+            if (BeginsWith(line.constData() + at, better->text)) {
+                marker = better;
+                place = at;
+                break;
+            }
         }
-        return LogResult{ok ? marker.passKey : marker.failKey, ok};
     }
-    return std::nullopt;
+    if (marker == std::end(markers)) {
+        return std::nullopt;
+    }
+    bool ok = true;
+    switch (marker->rule) {
+    case Rule::Pass:
+        break;
+    case Rule::RootfsBurnt:
+        m_hasRootfs = true;
+        break;
+    case Rule::UbootBurnt:
+        m_hasUboot = true;
+        break;
+    case Rule::EverythingBurnt:
+        // Both flags stay set until Reset(): a second board flashed without a Reset() inherits
+        // them.
+        ok = m_hasRootfs && m_hasUboot;
+        break;
+    case Rule::OkInLine:
+        ok = line.indexOf("ok", 1) >= 1;
+        break;
+    case Rule::OkBehindMarker:
+        ok = line.indexOf("ok", place + static_cast<int>(qstrlen(marker->text))) >= 0;
+        break;
+    }
+    return LogResult{ok ? marker->passKey : marker->failKey, ok};
 }
 
 void FlashingLogParser::Reset()

@@ -27,7 +27,8 @@ public:
     /// Takes a chunk as it was received. A line may be spread over several chunks.
     ///
     /// Lines end with a line feed. A chunk without line feeds is split at its carriage returns,
-    /// unless it begins with one. A piece's text ends at its first NUL.
+    /// unless it begins with one. A piece's text ends at its first NUL. A line is judged by its
+    /// last four million characters.
     QVector<LogPiece> Take(const QByteArray& chunk);
 
     /// Judges a complete line by the first marker of the table that it holds.

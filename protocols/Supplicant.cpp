@@ -3,7 +3,6 @@
 #include <QVector>
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 namespace
@@ -15,6 +14,9 @@ struct Escape {
     char byte = '\0';
     int length = 0;
 };
+
+/// In bytes. A longer name or passphrase than fits is refused, not cut.
+const int longestCommand = 99;
 
 const std::pair<const char*, char> plainEscapes[] = {{"\\\"", '"'}, {"\\\\", '\\'}, {"\\e", '\033'},
                                                      {"\\n", '\n'}, {"\\r", '\r'},  {"\\t", '\t'}};
@@ -77,16 +79,14 @@ QString ShownNetwork(const QString& item)
     return name + leftToRightMark + item.mid(printed.size());
 }
 
-bool ComposeSetNetwork(char (&command)[100], const char* variable, QByteArray value)
+std::optional<QByteArray> SetNetworkCommand(const QByteArray& variable, QByteArray value)
 {
     if (value.contains('\0')) {
-        return false;
+        return std::nullopt;
     }
     value.replace("'", "'\\''");
-    const int length =
-        std::snprintf(command, sizeof command, "wpa_cli -i wlan0 set_network 0 %s '\"%s\"'",
-                      variable, value.constData());
-    return length < static_cast<int>(sizeof command);
+    QByteArray command = "wpa_cli -i wlan0 set_network 0 " + variable + " '\"" + value + "\"'";
+    return command.size() <= longestCommand ? std::make_optional(command) : std::nullopt;
 }
 
 std::optional<LinkStatus> ReadLinkStatus(const QByteArray& status)

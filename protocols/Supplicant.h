@@ -19,10 +19,10 @@ QString ReadableName(const QByteArray& printed);
 /// The text that a list shows for a network. `item` is the printed name, a blank and the signal.
 QString ShownNetwork(const QString& item);
 
-/// Composes the command that sets a variable of network 0 to a value in double quotes. False when
-/// the command does not fit or the value has a zero byte. The value may come from a foreign
-/// network. It is in the shell's single quotes, so that nothing in it is run.
-bool ComposeSetNetwork(char (&command)[100], const char* variable, QByteArray value);
+/// The command that sets a variable of network 0 to a value in double quotes. Nothing when it would
+/// be longer than 99 bytes or the value has a zero byte. The value may come from a foreign network.
+/// It is in the shell's single quotes, so that nothing in it is run.
+std::optional<QByteArray> SetNetworkCommand(const QByteArray& variable, QByteArray value);
 
 /// Whether the board is joined to a network and has an address there.
 struct LinkStatus {

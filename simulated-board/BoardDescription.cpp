@@ -1,24 +1,25 @@
 #include "simulated-board/BoardDescription.h"
 
 #include "simulated-board/Escapes.h"
+#include "simulated-board/devices/PortRole.h"
 
 #include <QFile>
 #include <QRegularExpression>
+
+#include <stdexcept>
 
 #include <sys/stat.h>
 
 namespace
 {
 
-/// Why a line is refused.
-struct Refusal {
-    QString reason;
-};
+/// Why a line is refused, on one line.
+using Refusal = std::invalid_argument;
 
 void Require(bool isRight, const QString& reason)
 {
     if (!isRight) {
-        throw Refusal{reason};
+        throw Refusal(reason.toStdString());
     }
 }
 
@@ -85,8 +86,9 @@ void ReadNetwork(BoardDescription& board, const QStringList& words)
         } else if (words[i] == "far" && i + 1 < words.size()) {
             network.far = Address(words[++i]);
         } else {
-            throw Refusal{
-                QString("\"%1\" is unknown: it takes hidden, slow or far ADDRESS").arg(words[i])};
+            Require(
+                false,
+                QString("\"%1\" is unknown: it takes hidden, slow or far ADDRESS").arg(words[i]));
         }
     }
     board.networks.append(network);
@@ -94,16 +96,13 @@ void ReadNetwork(BoardDescription& board, const QStringList& words)
 
 void ReadPort(BoardDescription& board, const QStringList& words)
 {
-    const QStringList roles{"loopback", "echo",       "flood", "vanishing",
-                            "modem",    "controller", "log",   "nothing"};
-    const QStringList logs{"good", "bad", "no-uboot", "stuck"};
     Require(!words[1].contains('/'), "a port is named without /dev/");
-    Require(roles.contains(words[2]),
-            QString("\"%1\" is no role: it takes one of %2").arg(words[2], roles.join(", ")));
-    if (words.size() > 3) {
-        Require(words[2] == "log" && words.size() == 4 && logs.contains(words[3]),
-                QString("\"%1\" is unknown: a log takes one of %2").arg(words[3], logs.join(", ")));
+    // There is such a role when it can be made.
+    std::vector<std::string> arguments;
+    for (const QString& word : words.mid(3)) {
+        arguments.push_back(word.toStdString());
     }
+    MakePortRole(words[2].toStdString(), arguments);
     Require(board.RoleOf(words[1]).isEmpty(), QString("%1 is there twice").arg(words[1]));
     board.ports.append({words[1], words[2], words.mid(3)});
 }
@@ -128,16 +127,21 @@ const int any = 10000;
 
 const Keyword keywords[] = {
     {"language", 1, 1,
-     [](BoardDescription&, const QStringList& words) {
+     [](BoardDescription& board, const QStringList& words) {
          Require(words[1] == "english" || words[1] == "chinese",
                  QString("\"%1\" is no language: it takes english or chinese").arg(words[1]));
+         board.language = words[1];
      }},
     {"version", 1, any,
      [](BoardDescription& board, const QStringList& words) {
          board.version = words.mid(1).join(' ');
      }},
-    {"stick", 1, 2, [](BoardDescription& board, const QStringList&) { ++board.sticks; }},
-    {"usb-storage", 0, 0, [](BoardDescription&, const QStringList&) {}},
+    {"stick", 1, 2,
+     [](BoardDescription& board, const QStringList& words) {
+         board.sticks.append({words[1], words.value(2)});
+     }},
+    {"usb-storage", 0, 0,
+     [](BoardDescription& board, const QStringList&) { board.hasUsbStorage = true; }},
     {"mmc", 1, 10,
      [](BoardDescription& board, const QStringList& words) {
          for (int i = 1; i < words.size(); ++i) {
@@ -157,16 +161,18 @@ const Keyword keywords[] = {
          board.silent[Interface(words[1])].append(Address(words[2]));
      }},
     {"wlan0", 1, 1,
-     [](BoardDescription&, const QStringList& words) {
+     [](BoardDescription& board, const QStringList& words) {
          Require(words[1] == "up" || words[1] == "down", "wlan0 takes up or down");
+         board.isWlanUp = words[1] == "up";
      }},
     {"bus", 1, 1,
      [](BoardDescription& board, const QStringList& words) { board.buses.append(words[1]); }},
     {"network", 3, 7, ReadNetwork},
     {"scan-time", 1, 1,
-     [](BoardDescription&, const QStringList& words) {
+     [](BoardDescription& board, const QStringList& words) {
          Require(Matches(words[1], "[0-9]+(\\.[0-9]+)?"),
                  QString("\"%1\" is no number of seconds").arg(words[1]));
+         board.scanSeconds = words[1].toDouble();
      }},
     {"port", 2, any, ReadPort},
     {"sound", 2, 2,
@@ -199,7 +205,7 @@ void ReadLine(BoardDescription& board, const QString& line)
             return;
         }
     }
-    throw Refusal{QString("\"%1\": no such keyword").arg(words[0])};
+    Require(false, QString("\"%1\": no such keyword").arg(words[0]));
 }
 
 } // namespace
@@ -238,9 +244,15 @@ std::optional<BoardDescription> ReadBoardDescription(const QString& path, QStrin
         try {
             ReadLine(board, line);
         } catch (const Refusal& refusal) {
-            *error = QString("%1:%2: %3").arg(path).arg(number).arg(refusal.reason);
+            *error = QString("%1:%2: %3").arg(path).arg(number).arg(refusal.what());
             return std::nullopt;
         }
     }
     return board;
+}
+
+BoardDescription OwnDescription()
+{
+    QString error;
+    return ReadBoardDescription(ownDescriptionPath, &error).value_or(BoardDescription());
 }

@@ -10,6 +10,10 @@
 
 /// What a board is like, as its description says (docs/simulated-board.md).
 struct BoardDescription {
+    struct Stick {
+        QString vendor;
+        QString model;
+    };
     struct Link {
         QString address;
         QString far; ///< answers behind the interface
@@ -38,14 +42,18 @@ struct BoardDescription {
     };
 
     QString title; ///< the first line, if it is a comment
+    QString language;
     QString version;
-    int sticks = 0;
+    QList<Stick> sticks;
+    bool hasUsbStorage = false; ///< the driver is there even without a stick
     QList<int> mmc;
     QMap<QString, Link> links;         ///< by interface
     QMap<QString, QString> hosts;      ///< addresses by name
     QMap<QString, QStringList> silent; ///< addresses by interface
     QStringList buses;                 ///< CAN interfaces on which a partner sends
+    bool isWlanUp = false;
     QList<Network> networks;
+    double scanSeconds = 1;
     QList<Port> ports;
     QList<Sound> sounds;
     QList<Camera> cameras;
@@ -60,3 +68,9 @@ struct BoardDescription {
 
 /// Reads a description. On failure returns nothing, and `error` says where and what, on one line.
 std::optional<BoardDescription> ReadBoardDescription(const QString& path, QString* error);
+
+/// Where the simulated board keeps its own description.
+inline const char* const ownDescriptionPath = "/run/board/description";
+
+/// The current description of the simulated board that this process runs on. Empty if it has none.
+BoardDescription OwnDescription();

@@ -21,7 +21,7 @@ PseudoTerminal::~PseudoTerminal()
     Vanish();
 }
 
-void PseudoTerminal::Write(const QByteArray& bytes)
+bool PseudoTerminal::Write(const QByteArray& bytes)
 {
     qint64 done = 0;
     // A full line takes more once the board has read some of it.
@@ -34,8 +34,9 @@ void PseudoTerminal::Write(const QByteArray& bytes)
         return done == bytes.size() || errno != EAGAIN;
     };
     if (!QTest::qWaitFor(isWritten, 60000) || done < bytes.size()) {
-        qFatal("%s: %s", qPrintable(m_device), std::strerror(errno));
+        qWarning("%s: %s", qPrintable(m_device), std::strerror(errno));
     }
+    return done == bytes.size();
 }
 
 QByteArray PseudoTerminal::ReadAvailable()

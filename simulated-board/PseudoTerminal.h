@@ -13,9 +13,9 @@ public:
     explicit PseudoTerminal(const QString& device);
     ~PseudoTerminal();
 
-    /// Sends all of the bytes to the board. Ends the process when the board does not read them
-    /// within a minute.
-    void Write(const QByteArray& bytes);
+    /// Sends all of the bytes to the board. False, with a warning, when the board does not read
+    /// them within a minute.
+    bool Write(const QByteArray& bytes);
 
     /// Returns what the board has sent since the last call.
     QByteArray ReadAvailable();

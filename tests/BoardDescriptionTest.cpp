@@ -28,6 +28,7 @@ private slots:
     void shippedBoardsAreRead();
     void wrongLineIsRefused_data();
     void wrongLineIsRefused();
+    void nextBoardHasNothingThatTheProgramLeft();
     void missingFileIsRefused();
     void passphraseOfRootAloneIsRead();
     void passphraseThatOthersCanReadIsRefused();
@@ -55,8 +56,6 @@ void BoardDescriptionTest::everyLineIsRead()
                                    "sound usb/a.wav 3\n"
                                    "camera video0 any Front  camera\n"
                                    "file /etc/x a\\nb c\n";
-    // The board's own reader takes the same lines.
-    Board::Become(description);
     Board::WriteFile(path, description);
     QString error;
     const auto board = ReadBoardDescription(path, &error);
@@ -64,11 +63,16 @@ void BoardDescriptionTest::everyLineIsRead()
     QVERIFY2(board, qPrintable(error));
     QCOMPARE(board->title, QString("A bench"));
     QCOMPARE(board->version, QString("Linux version 6"));
-    QCOMPARE(board->sticks, 2);
+    QCOMPARE(board->language, QString("english"));
+    QCOMPARE(board->sticks.size(), 2);
+    QCOMPARE(board->sticks[0].model, QString("B"));
+    QVERIFY(board->hasUsbStorage);
     QCOMPARE(board->mmc, (QList<int>{0, 1, 2}));
     QVERIFY(board->Answers("eth0", "10.0.0.1"));
     QVERIFY(!board->Answers("usb0", "10.0.1.1"));
     QCOMPARE(board->hosts.value("example.com"), QString("10.0.2.1"));
+    QVERIFY(board->isWlanUp);
+    QCOMPARE(board->scanSeconds, 0.5);
     QCOMPARE(board->networks.size(), 2);
     QCOMPARE(board->networks[0].name, QByteArray("\xe5\xb7\xa5"));
     QCOMPARE(board->networks[0].signal, QString());
@@ -138,6 +142,22 @@ void BoardDescriptionTest::wrongLineIsRefused()
     QVERIFY2(refusal.startsWith(QString("%1:3: ").arg(path)), qPrintable(refusal));
     QVERIFY2(refusal.contains(reason), qPrintable(refusal));
     QVERIFY2(!refusal.contains('\n'), qPrintable(refusal));
+}
+
+void BoardDescriptionTest::nextBoardHasNothingThatTheProgramLeft()
+{
+    // The last one is what the 4G check leaves on a board without a modem.
+    const QStringList left = {"/etc/mosk.ini", "/etc/sw2hmi", "/etc/qttestend", "/etc/frpc.ini",
+                              "/dev/ttyUSB1"};
+    for (const QString& each : left) {
+        Board::WriteFile(each, "left");
+    }
+
+    Board::Become("");
+
+    for (const QString& each : left) {
+        QVERIFY2(!QFile::exists(each), qPrintable(each));
+    }
 }
 
 void BoardDescriptionTest::missingFileIsRefused()

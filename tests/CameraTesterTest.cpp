@@ -27,10 +27,10 @@ QStringList Uses()
                : QStringList();
 }
 
-/// Replaces the cameras while the program runs. Each line is a camera.
+/// Replaces the cameras while the program runs.
 void CamerasAreNow(const QByteArray& lines)
 {
-    Board::WriteFile("/run/board/cameras", lines);
+    Board::WriteFile("/run/board/description", lines);
 }
 
 /// The row of the first camera that this machine's kernel simulates; -1 when there is none.
@@ -64,6 +64,7 @@ private slots:
 
     void openShowsThePictureOfTheChosenCamera_data();
     void openShowsThePictureOfTheChosenCamera();
+    void camerasOfOneNameAreTwo();
     void openAgainRestartsThePicture();
     void openClosesTheOtherCameraFirst();
     void closeStopsThePicture();
@@ -165,7 +166,7 @@ void CameraTesterTest::selectorListsTheCamerasInTheirOrder()
 void CameraTesterTest::selectorIsThatOfThePagesStart()
 {
     const int before = Selector()->count();
-    CamerasAreNow("video2 #ffffff Third camera\n");
+    CamerasAreNow("camera video2 #ffffff Third camera\n");
 
     Press(m_page.get(), "btnopen");
     QCOMPARE(Selector()->count(), before);
@@ -200,6 +201,17 @@ void CameraTesterTest::openShowsThePictureOfTheChosenCamera()
     Press(m_page.get(), "btnopen");
 
     QTRY_COMPARE(Picture(), colour);
+}
+
+void CameraTesterTest::camerasOfOneNameAreTwo()
+{
+    CamerasAreNow("camera video0 #2060c0 Camera\ncamera video1 #c06020 Camera\n");
+    Rebuild();
+    Selector()->setCurrentIndex(Selector()->findText("Camera") + 1);
+
+    Press(m_page.get(), "btnopen");
+
+    QTRY_COMPARE(Picture(), rear);
 }
 
 void CameraTesterTest::openAgainRestartsThePicture()
@@ -295,7 +307,7 @@ void CameraTesterTest::cameraThatVanishesLeavesThePageUsable()
     Press(m_page.get(), "btnopen");
     QTRY_COMPARE(Picture(), front);
 
-    CamerasAreNow("video1 #c06020 Rear camera\n");
+    CamerasAreNow("camera video1 #c06020 Rear camera\n");
     QTRY_COMPARE(Uses().last(), QString("close video0"));
 
     Press(m_page.get(), "btnopen");

@@ -422,7 +422,7 @@ void CanTesterTest::closeEndsTheThread()
     QTRY_COMPARE(ReceivingThreads(), 0);
 }
 
-// The page keeps the number of its closed socket, goes on writing to it and closes it again.
+// By then the number of the closed socket may be that of another file.
 void CanTesterTest::closedNumberReachesNoOtherFile()
 {
     QTemporaryFile file;

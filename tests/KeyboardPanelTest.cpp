@@ -1,6 +1,7 @@
 #include "frame/BodyWidget.h"
 #include "frame/Look.h"
 #include "frame/MoskTester.h"
+#include "instruments/ReceiveView.h"
 #include "pages/BasicTester.h"
 #include "simulated-board/Board.h"
 #include "tests/Operate.h"
@@ -58,6 +59,7 @@ private slots:
     void missingModuleIsSaidOnceAndTheRestWorks();
 
     void keyboardIsLoadedWhenAFieldIsFirstTapped();
+    void keysAreThoseOfOneLanguage();
     void keysTypeWhatIsOnThem();
     void fieldOfEveryRowStaysInSight_data();
     void fieldOfEveryRowStaysInSight();
@@ -284,6 +286,18 @@ void KeyboardPanelTest::keyboardIsLoadedWhenAFieldIsFirstTapped()
     QVERIFY2(Warned().isEmpty(), qPrintable(Warned().join("\n")));
 }
 
+void KeyboardPanelTest::keysAreThoseOfOneLanguage()
+{
+    Tap(InGrid<QLineEdit>(OpenBasicPage(), 5, 1));
+    QTRY_VERIFY(IsKeyboardShown());
+    QTRY_VERIFY(KeyOf("q") != nullptr || KeyOf("1") != nullptr);
+
+    QVERIFY2(ShownKey([](const QQuickItem& key) {
+                 return QByteArray(key.metaObject()->className()).startsWith("ChangeLanguageKey");
+             }) == nullptr,
+             "a key to change the language");
+}
+
 void KeyboardPanelTest::keysTypeWhatIsOnThem()
 {
     auto* line = InGrid<QLineEdit>(OpenBasicPage(), 8, 1);
@@ -384,9 +398,12 @@ void KeyboardPanelTest::fieldsOfEveryPageStayInSight()
         TapHideKey();
         QTRY_VERIFY(IsContentAtRest());
     }
-    // Of a view higher than the room it is the line typed into.
-    for (auto* text : m_window->GetBody()->findChildren<QTextEdit*>()) {
-        Tap(text->viewport());
+    // Of a view higher than the room it is the line typed into, also of a full view that shows its
+    // end.
+    for (auto* text : m_window->GetBody()->findChildren<ReceiveView*>()) {
+        text->AddText(QString("a line of text\n").repeated(300));
+        text->ShowGathered();
+        Tap(text->viewport(), QPoint(20, text->viewport()->height() - 40));
         QTRY_VERIFY(IsKeyboardShown());
         const auto line = [this, text] {
             return text->cursorRect().translated(text->viewport()->mapTo(m_window, QPoint(0, 0)));

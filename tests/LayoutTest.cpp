@@ -1,6 +1,7 @@
 #include "frame/BodyWidget.h"
 #include "frame/Look.h"
 #include "frame/MoskTester.h"
+#include "frame/Pages.h"
 #include "instruments/MessageBoxes.h"
 #include "instruments/Title.h"
 #include "tests/Operate.h"
@@ -82,11 +83,11 @@ void LayoutTest::everyPageShowsItsTextsWhole_data()
     QTest::addColumn<QString>("language");
     QTest::addColumn<QSize>("size");
 
-    for (int page = BodyWidget::HomePage; page <= BodyWidget::CameraPage; ++page) {
+    for (const Page& page : allPages) {
         for (const char* language : {"english", "chinese"}) {
             for (const QSize& size : {QSize(1024, 600), QSize(800, 480)}) {
-                QTest::addRow("%d %s %dx%d", page, language, size.width(), size.height())
-                    << page << language << size;
+                QTest::addRow("%s %s %dx%d", page.name, language, size.width(), size.height())
+                    << int(page.id) << language << size;
             }
         }
     }
@@ -130,6 +131,7 @@ void LayoutTest::everyPageShowsItsTextsWhole()
         }
         seen += widget;
     }
+    QVERIFY2(seen.size() >= 2, "the page is empty");
 }
 
 void LayoutTest::titleTooWideForItsPlaceGetsNarrowerLetters()
@@ -149,10 +151,10 @@ void LayoutTest::titleTooWideForItsPlaceGetsNarrowerLetters()
 void LayoutTest::tabKeyGoesRowByRow_data()
 {
     QTest::addColumn<int>("page");
-    for (int page = BodyWidget::HomePage; page <= BodyWidget::CameraPage; ++page) {
+    for (const Page& page : allPages) {
         // Its column of buttons stands beside views that are only read.
-        if (page != BodyWidget::ProductionPage) {
-            QTest::newRow(QByteArray::number(page)) << page;
+        if (page.id != BodyWidget::ProductionPage) {
+            QTest::newRow(page.name) << int(page.id);
         }
     }
 }

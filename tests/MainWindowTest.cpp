@@ -2,13 +2,15 @@
 #include "frame/HeadWidget.h"
 #include "frame/Look.h"
 #include "frame/MoskTester.h"
-#include "frame/MoskUtility.h"
+#include "frame/Pages.h"
 #include "frame/StartPage.h"
 #include "pages/BasicTester.h"
 #include "simulated-board/Board.h"
 #include "tests/Operate.h"
+#include "texts/MoskUtility.h"
 
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QStyle>
 #include <QTabBar>
@@ -42,6 +44,7 @@ private slots:
     void pageOpenedAgainByItsIdIsKept();
     void everyPageOpensByItsId_data();
     void everyPageOpensByItsId();
+    void pagesAreThoseOfTheDocumentation();
     void otherIdEmptiesTheBody_data();
     void otherIdEmptiesTheBody();
     void pageFillsTheBody();
@@ -263,6 +266,21 @@ void MainWindowTest::everyPageOpensByItsId()
 
     QCOMPARE(body->layout()->count(), 1);
     QCOMPARE(body->layout()->itemAt(0)->widget()->metaObject()->className(), page.toUtf8());
+}
+
+void MainWindowTest::pagesAreThoseOfTheDocumentation()
+{
+    const QString text = QString::fromUtf8(Board::ReadFile(SOURCE_DIR "/HACKING.md"));
+    for (const Page& page : allPages) {
+        const std::unique_ptr<QWidget> built(page.build(nullptr));
+        const QString row =
+            QString("\n| %1 | `%2` | ").arg(page.id).arg(built->metaObject()->className());
+        const QString tab = page.tabKey != nullptr ? Text(page.tabKey) : "none";
+        const QString line = text.mid(text.indexOf(row) + 1).section('\n', 0, 0);
+        QVERIFY2(text.contains(row) && line.endsWith(QString("| %1 | `%2` |").arg(tab, page.name)),
+                 qPrintable(row + line));
+    }
+    QCOMPARE(text.count(QRegularExpression("\n\\| \\d+ \\| `")), int(allPages.size()));
 }
 
 void MainWindowTest::otherIdEmptiesTheBody_data()

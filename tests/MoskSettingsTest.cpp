@@ -1,4 +1,4 @@
-#include "frame/MoskSettings.h"
+#include "texts/MoskSettings.h"
 #include "simulated-board/Board.h"
 
 #include <QCoreApplication>
@@ -11,6 +11,11 @@
 #include <QTest>
 #include <QThread>
 #include <QTimer>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include <sys/mount.h>
 
 namespace
 {
@@ -32,23 +37,20 @@ int KeepWriting(int& argc, char** argv)
     return QCoreApplication::exec();
 }
 
-/// Starts as the program does: reads the language and, when told to, changes it. Ends when the file
-/// has the new language.
+/// Starts as the program does: reads the language and, when told to, changes it. Prints the
+/// language that it has when QSettings has written the file.
 int StartAndWrite(int& argc, char** argv, const QString& language)
 {
     QCoreApplication application(argc, argv);
-    MoskSettings::GetInstance()->GetValue("Language");
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&language] {
-        if (language.isEmpty() || Board::ReadFile(path).contains(language.toUtf8())) {
-            QCoreApplication::quit();
-        }
-    });
+    MoskSettings* settings = MoskSettings::GetInstance();
+    settings->GetValue("Language");
     if (!language.isEmpty()) {
-        MoskSettings::GetInstance()->SetValue("Language", language);
+        settings->SetValue("Language", language);
     }
-    timer.start(1);
-    return QCoreApplication::exec();
+    QMetaObject::invokeMethod(&application, &QCoreApplication::quit, Qt::QueuedConnection);
+    const int status = QCoreApplication::exec();
+    std::printf("%s", qPrintable(settings->GetValue("Language")));
+    return status;
 }
 
 /// The content of a lock file as QLockFile writes it: who holds the lock.
@@ -72,6 +74,8 @@ private slots:
     void keyOfAnotherGroupIsNotSeen();
     void folderInTheFilesPlaceIsNoFile();
     void fileIsWholeWheneverTheProgramIsKilled();
+    void changeThatCannotBeStoredIsLogged_data();
+    void changeThatCannotBeStoredIsLogged();
 
     void lockLeftBehindIsNoObstacle_data();
     void lockLeftBehindIsNoObstacle();
@@ -84,6 +88,10 @@ private:
 
 QString MoskSettingsTest::ReadAnew(const QByteArray& content)
 {
+    // QSettings reads a file anew when its size or time has changed: two of one size, written in one
+    // tick of the clock, look the same.
+    QFile::remove(path);
+    QSettings(path, QSettings::IniFormat).sync();
     Board::WriteFile(path, content);
     QSettings(path, QSettings::IniFormat).sync();
     return MoskSettings::GetInstance()->GetValue("Language");
@@ -161,6 +169,45 @@ void MoskSettingsTest::fileIsWholeWheneverTheProgramIsKilled()
         QVERIFY2(content == "[sys]\nLanguage=english\n" || content == "[sys]\nLanguage=chinese\n",
                  content.constData());
     }
+}
+
+void MoskSettingsTest::changeThatCannotBeStoredIsLogged_data()
+{
+    QTest::addColumn<QByteArray>("maker");
+    QTest::addColumn<QByteArray>("reason");
+
+    QTest::newRow("folder") << QByteArray("mkdir /etc/mosk.ini") << QByteArray("not a file");
+    QTest::newRow("pipe") << QByteArray("mkfifo /etc/mosk.ini") << QByteArray("not a file");
+    QTest::newRow("endless device")
+        << QByteArray("ln -s /dev/zero /etc/mosk.ini") << QByteArray("not a file");
+    const QByteArray small = "mount -t tmpfs -o size=64k none /etc";
+    QTest::newRow("read-only disk")
+        << small + " && mount -o remount,ro /etc" << QByteArray("Read-only file system");
+    QTest::newRow("full disk") << small + "; head -c 100000 /dev/zero >/etc/rest; true"
+                               << QByteArray("No space left on device");
+}
+
+void MoskSettingsTest::changeThatCannotBeStoredIsLogged()
+{
+    QFETCH(QByteArray, maker);
+    QFETCH(QByteArray, reason);
+    QFile::remove(path);
+    QCOMPARE(std::system(maker.constData()), 0);
+
+    QProcess program;
+    program.start(QCoreApplication::applicationFilePath(), {"--start", "english"});
+    const bool hasEnded = program.waitForFinished(15000);
+    const QByteArray log = program.readAllStandardError();
+    program.kill();
+    program.waitForFinished();
+    umount("/etc");
+    QFile::remove(path);
+    QDir().rmdir(path);
+
+    QVERIFY2(hasEnded, "the program hangs");
+    QCOMPARE(program.readAllStandardOutput(), QByteArray("english"));
+    QVERIFY2(log.contains(path) && log.contains(reason), log.constData());
+    QCOMPARE(log.count('\n'), 1);
 }
 
 void MoskSettingsTest::lockLeftBehindIsNoObstacle_data()

@@ -1,5 +1,5 @@
-#include "frame/MoskTranslator.h"
-#include "frame/MoskSettings.h"
+#include "texts/MoskTranslator.h"
+#include "texts/MoskSettings.h"
 
 #include <QTest>
 

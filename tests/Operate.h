@@ -1,7 +1,7 @@
 #pragma once
 
-#include "frame/MoskSettings.h"
-#include "frame/MoskTranslator.h"
+#include "texts/MoskSettings.h"
+#include "texts/MoskTranslator.h"
 
 #include <QAbstractButton>
 #include <QApplication>

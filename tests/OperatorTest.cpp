@@ -1,4 +1,5 @@
 #include "simulated-board/operator/Operator.h"
+#include "frame/Pages.h"
 #include "simulated-board/Board.h"
 #include "tests/Program.h"
 
@@ -47,9 +48,12 @@ private slots:
     void itemIsChosenByItsText();
     void tabOpensItsPage();
     void pageIsOpenedById();
+    void pageIsOpenedByName();
+    void pagesAreListed();
     void typedTextReplacesWhatStoodThere_data();
     void typedTextReplacesWhatStoodThere();
     void typedLineEndIsAKey();
+    void wheelTurnsOverAWidget();
     void windowTakesAnotherSize();
 
     void pressIsAnsweredWhileItsSlotBlocks();
@@ -236,6 +240,28 @@ void OperatorTest::pageIsOpenedById()
     QCOMPARE(m_operator.Count("bodyWidget QWidget"), 0);
 }
 
+void OperatorTest::pageIsOpenedByName()
+{
+    QVERIFY2(m_operator.OpenPage("production"), qPrintable(m_operator.Error()));
+    QCOMPARE(m_operator.Count("ToolProductionTest"), 1);
+
+    QVERIFY(!m_operator.OpenPage("moon"));
+    QCOMPARE(m_operator.Error(), QString("there is no page \"moon\""));
+}
+
+void OperatorTest::pagesAreListed()
+{
+    const QJsonArray pages = m_operator.Pages();
+
+    QCOMPARE(pages.size(), int(allPages.size()));
+    for (int i = 0; i < pages.size(); ++i) {
+        QCOMPARE(pages[i]["id"].toInt(), int(allPages[i].id));
+        QCOMPARE(pages[i]["name"].toString(), QString(allPages[i].name));
+    }
+    QCOMPARE(pages[5]["tab"].toInt(), 3);
+    QCOMPARE(pages[4]["tab"].toInt(), -1);
+}
+
 void OperatorTest::typedTextReplacesWhatStoodThere_data()
 {
     QTest::addColumn<QString>("text");
@@ -265,6 +291,18 @@ void OperatorTest::typedLineEndIsAKey()
     QVERIFY(m_operator.PressKey("Backspace"));
     QCOMPARE(m_operator.Text("bodyWidget QLineEdit[4]"), QString("10.0.0.1"));
     QVERIFY(!m_operator.PressKey("NoSuchKey"));
+}
+
+void OperatorTest::wheelTurnsOverAWidget()
+{
+    QVERIFY(m_operator.ClickTab("menuTab", 2));
+    const QString port = "bodyWidget QComboBox";
+    QCOMPARE(m_operator.Property(port, "currentIndex").toInt(), 2);
+
+    QVERIFY(m_operator.TurnWheel(port, -3));
+    QCOMPARE(m_operator.Property(port, "currentIndex").toInt(), 3);
+    QVERIFY(m_operator.TurnWheel(port, 1));
+    QCOMPARE(m_operator.Property(port, "currentIndex").toInt(), 2);
 }
 
 void OperatorTest::windowTakesAnotherSize()

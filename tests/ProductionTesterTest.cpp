@@ -6,6 +6,7 @@
 #include "simulated-board/devices/FlashingLog.h"
 #include "tests/OpenDescriptors.h"
 #include "tests/PageFixture.h"
+#include "tests/WaitUntilReadable.h"
 #include "tests/Warnings.h"
 
 #include <QPushButton>
@@ -42,12 +43,23 @@ const QString notOpened = "******** Open COM failed! [/dev/ttyS2]\n";
 /// The result lines of a run, in order, as the summary shows them.
 QString ResultsOf(const FlashingRun& run)
 {
-    QStringList results{"Start erasing flash!", "Erasing flash succeed!", "Burn Rootfs succeed!"};
-    if (run.outcome == FlashingRun::Outcome::Good) {
-        results << "Burn Uboot succeed!"
+    const QString lost = "Prompt for successful burning, but some results were not detected!";
+    QStringList results{"Start erasing flash!", "Erasing flash succeed!"};
+    switch (run.outcome) {
+    case FlashingRun::Outcome::Good:
+        results << "Burn Rootfs succeed!"
+                << "Burn Uboot succeed!"
                 << "Burn succeed!";
-    } else if (run.outcome == FlashingRun::Outcome::NoUboot) {
-        results << "Prompt for successful burning, but some results were not detected!";
+        break;
+    case FlashingRun::Outcome::NoRootfs:
+        results << "Burn Uboot succeed!" << lost;
+        break;
+    case FlashingRun::Outcome::NoUboot:
+        results << "Burn Rootfs succeed!" << lost;
+        break;
+    case FlashingRun::Outcome::Stuck:
+        results << "Burn Rootfs succeed!";
+        break;
     }
     if (run.outcome != FlashingRun::Outcome::Stuck) {
         results << (run.selfTestPasses ? "Network OK!" : "Network anomaly!")
@@ -108,7 +120,9 @@ private slots:
     void verdictIsTheSameForEveryChunking_data();
     void verdictIsTheSameForEveryChunking();
     void bareReturnsEndLinesToo();
+    void eachChunkIsJudgedAsItComes();
     void simulatedBoardPlaysALog();
+    void simulatedBoardPlaysTheNextBoardsLog();
     void simulatedBoardWaitsForThePage();
     void resultsStandBehindTheirLinesInTheDetail();
     void secondBoardWithoutResetInheritsTheFirst();
@@ -128,6 +142,7 @@ private slots:
     void fileIsPlayedLikeThePort();
     void missingFileIsNoMatter();
 
+    void lastWordsBeforeAnUnplugAreJudged();
     void unpluggedPortNeitherSpinsNorSticks();
     void leavingThePageReleasesThePort_data();
     void leavingThePageReleasesThePort();
@@ -391,6 +406,8 @@ void ProductionTesterTest::verdictIsThatOfTheRun_data()
     run.selfTestPasses = false;
     QTest::newRow("self-test fails") << run << 3;
     run = FlashingRun();
+    run.outcome = FlashingRun::Outcome::NoRootfs;
+    QTest::newRow("no rootfs") << run << 1;
     run.outcome = FlashingRun::Outcome::NoUboot;
     QTest::newRow("no U-Boot") << run << 1;
     run.outcome = FlashingRun::Outcome::Stuck;
@@ -453,6 +470,21 @@ void ProductionTesterTest::bareReturnsEndLinesToo()
     QCOMPARE(Summary(), notOpened + ResultsOf(run));
 }
 
+// Together, the second and the third would be one line, because it would end with its line feed.
+void ProductionTesterTest::eachChunkIsJudgedAsItComes()
+{
+    PseudoTerminal terminal("/dev/ttyS2");
+    WaitForThePort(opened);
+    for (const char* chunk :
+         {"begin to erase flash\r", "successed in erasing flash\r", "mmc 2 exit\n"}) {
+        terminal.Write(chunk);
+        WaitUntilReadable(Port());
+        QCoreApplication::processEvents();
+    }
+    QTRY_COMPARE(Summary(), opened + "******** Start erasing flash!\n"
+                                     "******** Erasing flash succeed!\n******** Shutdown!\n");
+}
+
 void ProductionTesterTest::simulatedBoardPlaysALog()
 {
     Board::Become("port ttyS2 log bad\n");
@@ -460,6 +492,17 @@ void ProductionTesterTest::simulatedBoardPlaysALog()
     run.selfTestPasses = false;
     QTRY_COMPARE_WITH_TIMEOUT(Summary(), opened + ResultsOf(run), 60000);
     QVERIFY(Detail().count('\n') > 1000);
+}
+
+void ProductionTesterTest::simulatedBoardPlaysTheNextBoardsLog()
+{
+    Board::Become("port ttyS2 log good no-rootfs\n");
+    FlashingRun second;
+    second.outcome = FlashingRun::Outcome::NoRootfs;
+    // Nobody presses Reset between the two, so the first one's rootfs counts for the second one.
+    const QString inherited = ResultsOf(second).replace(
+        "Prompt for successful burning, but some results were not detected!", "Burn succeed!");
+    QTRY_COMPARE_WITH_TIMEOUT(Summary(), opened + ResultsOf({}) + inherited, 60000);
 }
 
 void ProductionTesterTest::simulatedBoardWaitsForThePage()
@@ -649,6 +692,19 @@ void ProductionTesterTest::missingFileIsNoMatter()
     QCOMPARE(Summary(), notOpened);
     QCOMPARE(Detail(), notOpened);
     QCOMPARE(Warnings::Texts(), QStringList());
+}
+
+void ProductionTesterTest::lastWordsBeforeAnUnplugAreJudged()
+{
+    PseudoTerminal terminal("/dev/ttyS2");
+    WaitForThePort(opened);
+    terminal.Write("begin to erase flash\n");
+    QTRY_COMPARE(Summary(), opened + "******** Start erasing flash!\n");
+    terminal.Write("mmc 2 exit\n");
+    WaitUntilReadable(Port());
+    QCoreApplication::processEvents();
+    terminal.Vanish();
+    QTRY_COMPARE(Summary(), opened + "******** Start erasing flash!\n******** Shutdown!\n");
 }
 
 void ProductionTesterTest::unpluggedPortNeitherSpinsNorSticks()

@@ -39,6 +39,6 @@ inline void PutOperatorAt(QProcess& program)
 inline void LookForNoLeaks(QProcess& program)
 {
     QProcessEnvironment environment = program.processEnvironment();
-    environment.insert("ASAN_OPTIONS", "detect_leaks=0");
+    environment.insert("ASAN_OPTIONS", environment.value("ASAN_OPTIONS") + ":detect_leaks=0");
     program.setProcessEnvironment(environment);
 }

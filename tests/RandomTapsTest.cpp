@@ -1,3 +1,4 @@
+#include "frame/Pages.h"
 #include "simulated-board/Board.h"
 #include "tests/Program.h"
 #include "tests/VncViewer.h"
@@ -17,6 +18,15 @@ namespace
 {
 
 const QRect screen(0, 0, 1024, 600);
+
+/// X's codes for keys.
+const quint32 shift = 0xffe1;
+const quint32 control = 0xffe3;
+const quint32 alt = 0xffe9;
+const quint32 f4 = 0xffc1;
+const quint32 f10 = 0xffc7;
+const quint32 keys[] = {0xff08, 0xff09, 0xff0d, 0xff1b, 0xff52, 0xff54, ' ', 'a', '7', f4, f10};
+
 /// Longer than all checks of a burst take together.
 const int longestWaitMs = 200000;
 const int keptTaps = 40;
@@ -33,8 +43,10 @@ int SecondsToRun()
 /// A hasty operator taps the real program for RANDOM_TAPS_SECONDS, half a minute by default.
 /// RANDOM_TAPS_SEED repeats a run, as far as the program takes the same time.
 ///
-/// Most taps aim at what is on the screen. They come in bursts. Half of the bursts come while the
-/// program stands still, as on a busy board.
+/// Most gestures are taps at what is on the screen, the on-screen keyboard included. Others are
+/// right clicks, drags, keys, and the wheel of a mouse. They come in bursts. Half of the bursts
+/// come while the program stands still, as on a busy board. Between bursts pages are opened by
+/// their ids.
 class RandomTapsTest : public QObject
 {
     Q_OBJECT
@@ -56,7 +68,10 @@ private:
     void LookAround();
     void AddPlaces(const QString& window);
     void SendBurst();
-    void SendTap();
+    QPoint AnyPlace();
+    void SendGesture();
+    void StrikeAnyKey();
+    void TurnWheelAnywhere();
     void OpenAnyPage();
     void Note(const QString& what);
     QString Story() const;
@@ -68,7 +83,9 @@ private:
     VncViewer m_viewer;
     QByteArray m_said;
     QStringList m_taps;
+    int m_gestures = 0;
     QList<QRect> m_places;
+    QRect m_keyboard;
 };
 
 void RandomTapsTest::initTestCase()
@@ -83,11 +100,8 @@ void RandomTapsTest::initTestCase()
     m_random.seed(m_seed);
     m_operator.SetLimit(longestWaitMs);
     PutOperatorAt(m_program);
+    LookForNoLeaks(m_program);
     m_program.setProcessChannelMode(QProcess::MergedChannels);
-    // The keyboard's engine lasts as long as the process. A reboot ends that at any moment.
-    QProcessEnvironment environment = m_program.processEnvironment();
-    environment.insert("ASAN_OPTIONS", "detect_leaks=0");
-    m_program.setProcessEnvironment(environment);
 }
 
 void RandomTapsTest::cleanup()
@@ -159,7 +173,7 @@ bool RandomTapsTest::StartsAgainAfterReboot()
     return Start();
 }
 
-/// Finds the places to tap: those of an open list or box, or else those of the page.
+/// Finds the places to tap: those of an open list or box, or else those of the page, and the keys.
 void RandomTapsTest::LookAround()
 {
     m_places.clear();
@@ -168,6 +182,11 @@ void RandomTapsTest::LookAround()
     }
     if (m_places.isEmpty()) {
         AddPlaces("MoskTester");
+    }
+    m_keyboard = {};
+    if (m_operator.Property("keyboardPanel", "visible").toBool()) {
+        const int top = m_operator.Property("keyboardPanel", "y").toInt();
+        m_keyboard = screen.adjusted(0, top, 0, 0);
     }
 }
 
@@ -193,22 +212,63 @@ void RandomTapsTest::AddPlaces(const QString& window)
     }
 }
 
-void RandomTapsTest::SendTap()
+QPoint RandomTapsTest::AnyPlace()
 {
     const QRect menu(90, 0, 600, 50);
     const QRect centre(462, 250, 100, 100);
-    QPoint place = AnyPlaceIn(screen);
     if (OneIn(4)) {
-        place = AnyPlaceIn(menu);
-    } else if (OneIn(10)) {
-        place = AnyPlaceIn(centre); // where the touch test ends
-    } else if (!OneIn(10) && !m_places.isEmpty()) {
-        place = AnyPlaceIn(m_places[Random(m_places.size())]);
-        // What it opens may lie below.
-        place.ry() += OneIn(4) ? Random(60) : 0;
+        return AnyPlaceIn(menu);
     }
-    Note(QString("%1,%2").arg(place.x()).arg(place.y()));
-    m_viewer.Tap(place);
+    if (OneIn(10)) {
+        return AnyPlaceIn(centre); // where the touch test ends
+    }
+    if (!m_keyboard.isEmpty() && OneIn(3)) {
+        return AnyPlaceIn(m_keyboard);
+    }
+    if (OneIn(10) || m_places.isEmpty()) {
+        return AnyPlaceIn(screen);
+    }
+    // What a tap opens may lie below.
+    const QPoint below(0, OneIn(4) ? Random(60) : 0);
+    return AnyPlaceIn(m_places[Random(m_places.size())]) + below;
+}
+
+void RandomTapsTest::SendGesture()
+{
+    ++m_gestures;
+    const QPoint place = AnyPlace();
+    const QString noted = QString("%1,%2").arg(place.x()).arg(place.y());
+    if (OneIn(10)) {
+        Note("right " + noted);
+        m_viewer.Tap(place, VncViewer::RightButton);
+    } else if (OneIn(10)) {
+        // Two taps select the word that is dragged then.
+        const QPoint to = OneIn(2) ? AnyPlaceIn(screen) : place + QPoint(Random(100), 0);
+        const bool selects = OneIn(2);
+        Note(QString("%1 %2 to %3,%4")
+                 .arg(selects ? "select and drag" : "drag", noted)
+                 .arg(to.x())
+                 .arg(to.y()));
+        if (selects) {
+            m_viewer.Tap(place);
+            m_viewer.Tap(place);
+        }
+        m_viewer.Drag(place, to);
+    } else if (OneIn(10)) {
+        StrikeAnyKey();
+    } else {
+        Note(noted);
+        m_viewer.Tap(place);
+    }
+}
+
+void RandomTapsTest::StrikeAnyKey()
+{
+    const quint32 modifiers[] = {0, 0, shift, control, alt};
+    const quint32 key = keys[Random(std::size(keys))];
+    const quint32 modifier = modifiers[Random(std::size(modifiers))];
+    Note(QString("key %1 with %2").arg(key, 0, 16).arg(modifier, 0, 16));
+    m_viewer.StrikeKey(key, modifier);
 }
 
 void RandomTapsTest::SendBurst()
@@ -219,8 +279,8 @@ void RandomTapsTest::SendBurst()
         Note("stop");
         kill(program, SIGSTOP);
     }
-    for (int taps = 1 + Random(6); taps > 0; --taps) {
-        SendTap();
+    for (int gestures = 1 + Random(6); gestures > 0; --gestures) {
+        SendGesture();
     }
     if (isStalled) {
         QThread::msleep(Random(500));
@@ -229,12 +289,27 @@ void RandomTapsTest::SendBurst()
     }
 }
 
+/// Turns the wheel or presses the menu key. The screen's protocol has neither.
+void RandomTapsTest::TurnWheelAnywhere()
+{
+    ++m_gestures;
+    if (OneIn(2)) {
+        Note("menu key");
+        m_operator.PressKey("Menu");
+        return;
+    }
+    const char* const kinds[] = {"QComboBox", "QTextEdit", "QComboBoxListView", "menuTab"};
+    const QString widget = kinds[Random(std::size(kinds))];
+    Note("wheel over " + widget);
+    m_operator.TurnWheel(widget, Random(7) - 3);
+}
+
 /// Opens a page by its id. Some pages have no tab.
 void RandomTapsTest::OpenAnyPage()
 {
-    const int page = 1 + Random(10);
-    Note(QString("page %1").arg(page));
-    m_operator.OpenPage(page);
+    const Page& page = allPages[Random(allPages.size())];
+    Note(QString("page %1").arg(page.name));
+    m_operator.OpenPage(page.id);
 }
 
 void RandomTapsTest::programLivesThroughRandomTaps()
@@ -248,6 +323,9 @@ void RandomTapsTest::programLivesThroughRandomTaps()
         if (OneIn(8)) {
             OpenAnyPage();
         }
+        if (OneIn(4)) {
+            TurnWheelAnywhere();
+        }
         LookAround();
         QVERIFY2(!m_operator.Error().startsWith("no answer"), qPrintable(m_operator.Error()));
         for (int i = Random(5); i >= 0; --i) {
@@ -259,7 +337,7 @@ void RandomTapsTest::programLivesThroughRandomTaps()
         }
         QVERIFY2(Lives(), qPrintable(m_operator.Error()));
     }
-    qInfo("%d bursts", bursts);
+    qInfo("%d gestures in %d bursts", m_gestures, bursts);
     QVERIFY2(m_operator.Idle() || Lives(), qPrintable(m_operator.Error()));
 }
 

@@ -1,7 +1,12 @@
 #include "instruments/ReceiveView.h"
 
+#include "tests/EventLoopClock.h"
+
 #include <QClipboard>
+#include <QDrag>
+#include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QMouseEvent>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -44,6 +49,66 @@ QColor ColourAt(const QTextEdit& view, int position)
     return cursor.charFormat().foreground().color();
 }
 
+/// When each piece of text came onto the screen: the first painting after its insertion.
+class PaintedPieces : public QObject
+{
+public:
+    explicit PaintedPieces(ReceiveView* view) : m_view(view)
+    {
+        view->viewport()->installEventFilter(this);
+    }
+
+    /// Adds a line. It must not be in the view yet.
+    void Add(const QString& line)
+    {
+        m_waiting.append({line, m_clock.Elapsed()});
+        m_view->AddText(line + '\n');
+    }
+
+    bool ArePainted() const { return m_waiting.isEmpty(); }
+
+    /// The longest time from a line's coming to its painting, in milliseconds of the event loop.
+    int LongestWait() const { return m_longestWait; }
+
+private:
+    bool eventFilter(QObject* /*viewport*/, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            const QString text = m_view->toPlainText();
+            while (!m_waiting.isEmpty() && text.contains(m_waiting.first().first)) {
+                m_longestWait =
+                    qMax(m_longestWait, m_clock.Elapsed() - m_waiting.takeFirst().second);
+            }
+        }
+        return false;
+    }
+
+    ReceiveView* m_view;
+    EventLoopClock m_clock;
+    QVector<QPair<QString, int>> m_waiting;
+    int m_longestWait = 0;
+};
+
+/// The widgets that are painted from now on.
+class PaintedWidgets : public QObject
+{
+public:
+    PaintedWidgets() { qApp->installEventFilter(this); }
+
+    bool Has(QObject* widget) const { return m_widgets.contains(widget); }
+
+private:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            m_widgets.append(watched);
+        }
+        return false;
+    }
+
+    QObjectList m_widgets;
+};
+
 } // namespace
 
 class ReceiveViewTest : public QObject
@@ -59,6 +124,10 @@ private slots:
     void textShowsAtOnceAfterASilence();
     void whatFollowsIsShownTogether();
     void floodIsShownBeforeItIsDue();
+    void steadyTextIsOnShowSoon();
+    void scrollingDelaysNoText();
+    void slowLayoutDelaysTextBriefly();
+    void updatePaintsNothingBehindTheView();
     void showsExactlyWhatWasAdded_data();
     void showsExactlyWhatWasAdded();
     void lineEndTornInTwoIsOne();
@@ -78,6 +147,7 @@ private slots:
     void cursorElsewhereStays();
     void cursorStaysAtItsTextWhenTheOldestGoes();
     void selectionStays();
+    void selectedTextIsNotDragged();
     void viewScrollsAlong();
     void viewScrolledBackStays();
     void viewScrolledBackStaysWhenTheOldestGoes();
@@ -135,6 +205,7 @@ void ReceiveViewTest::firstTextShowsAtOnce()
     m_view->AddText("first");
     QCOMPARE(m_view->toPlainText(), QString("first"));
     m_view->Clear();
+    QCoreApplication::processEvents(); // paints
     m_view->AddLine("first of the next board", green);
     QCOMPARE(m_view->toPlainText(), QString("first of the next board\n"));
 }
@@ -175,6 +246,60 @@ void ReceiveViewTest::floodIsShownBeforeItIsDue()
     m_view->AddText("first\n");
     m_view->AddText(QString("a line of a flood\n").repeated(10000));
     QCOMPARE(m_view->document()->blockCount(), 10002);
+}
+
+void ReceiveViewTest::steadyTextIsOnShowSoon()
+{
+    PaintedPieces pieces(m_view);
+    for (int i = 0; i < 50; ++i) {
+        pieces.Add(QString("piece %1.").arg(i));
+        QTest::qWait(20);
+    }
+    QTRY_VERIFY(pieces.ArePainted());
+    QVERIFY2(pieces.LongestWait() <= 150, qPrintable(QString::number(pieces.LongestWait())));
+}
+
+void ReceiveViewTest::scrollingDelaysNoText()
+{
+    Show(QString("a line\n").repeated(1000));
+    QScrollBar* bar = m_view->verticalScrollBar();
+    QElapsedTimer scrolling;
+    scrolling.start();
+    for (int i = 1; scrolling.elapsed() < 3000; ++i) {
+        bar->setValue(bar->maximum() - i % 500);
+        QCoreApplication::processEvents();
+    }
+    m_view->AddText("next");
+    QVERIFY(m_view->toPlainText().endsWith("next"));
+}
+
+void ReceiveViewTest::slowLayoutDelaysTextBriefly()
+{
+    Show(QString("a line of a flood\n").repeated(20000));
+    const EventLoopClock clock;
+    m_view->AddText("next");
+    // The rest of the program has its turn first.
+    QVERIFY(!m_view->toPlainText().endsWith("next"));
+    QTRY_VERIFY(m_view->toPlainText().endsWith("next"));
+    QVERIFY2(clock.Elapsed() <= 500, qPrintable(QString::number(clock.Elapsed())));
+}
+
+void ReceiveViewTest::updatePaintsNothingBehindTheView()
+{
+    QWidget page;
+    page.setStyleSheet("QTextEdit { border: 1px solid rgb(40,40,40); }");
+    auto* view = new ReceiveView(&page);
+    view->setGeometry(10, 10, 300, 200);
+    page.resize(400, 300);
+    page.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&page));
+    QTRY_COMPARE(page.grab().toImage().pixelColor(150, 150), QColor(Qt::white));
+    QCoreApplication::processEvents();
+
+    PaintedWidgets painted;
+    view->AddText("text");
+    QTRY_VERIFY(painted.Has(view->viewport()));
+    QVERIFY(!painted.Has(&page));
 }
 
 void ReceiveViewTest::showsExactlyWhatWasAdded_data()
@@ -424,6 +549,33 @@ void ReceiveViewTest::selectionStays()
     Show(" and more");
     QCOMPARE(m_view->textCursor().selectedText(), QString("more"));
     QVERIFY(m_view->textCursor().position() < m_view->textCursor().anchor());
+}
+
+void ReceiveViewTest::selectedTextIsNotDragged()
+{
+    Show("one two three");
+    m_view->selectAll();
+    const auto send = [this](QEvent::Type type, int position, Qt::MouseButtons held) {
+        QTextCursor cursor(m_view->document());
+        cursor.setPosition(position);
+        const QPoint place = m_view->cursorRect(cursor).center();
+        QMouseEvent event(type, place, m_view->viewport()->mapToGlobal(place), Qt::LeftButton, held,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(m_view->viewport(), &event);
+    };
+    // A drag would wait for its end in an event loop of its own.
+    bool hasWaited = false;
+    QTimer::singleShot(0, m_view, [&hasWaited] {
+        hasWaited = true;
+        QDrag::cancel();
+    });
+
+    send(QEvent::MouseButtonPress, 4, Qt::LeftButton);
+    send(QEvent::MouseMove, 7, Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, 7, Qt::NoButton);
+
+    QVERIFY(!hasWaited);
+    QCOMPARE(m_view->textCursor().selectedText(), QString("two"));
 }
 
 void ReceiveViewTest::viewScrollsAlong()

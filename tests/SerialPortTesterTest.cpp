@@ -3,13 +3,16 @@
 #include "instruments/ReceiveView.h"
 #include "simulated-board/Board.h"
 #include "simulated-board/PseudoTerminal.h"
+#include "tests/EventLoopClock.h"
 #include "tests/OpenDescriptors.h"
 #include "tests/PageFixture.h"
+#include "tests/WaitUntilReadable.h"
 
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSerialPort>
 #include <QSignalSpy>
 #include <QSocketNotifier>
@@ -77,6 +80,8 @@ private slots:
 
     void sendPutsTheTextAndALineFeedOnTheWire_data();
     void sendPutsTheTextAndALineFeedOnTheWire();
+    void sendDoesNotWaitForADeviceThatTakesNothing();
+    void halfACharacterStaysWithItsPort();
     void sendEchoesNothingIntoTheView();
     void sendWhileClosedDoesNothing();
 
@@ -86,12 +91,14 @@ private slots:
     void characterCutByANulShowsAsBroken();
     void bytesThatAreNoTextShowAsBroken();
     void lineEndInTwoChunksIsOne();
-    void streamIsReadInFewPieces();
+    void messagesThatEndInANulAreAllShown();
+    void lineShowsAtOnceAfterTheScrollBarWasDragged();
 
     void loopBackPlugGivesBackWhatIsSent();
     void partnerThatEchoesAnswersEachLine();
     void partnerThatFloodsLeavesThePageAtWork();
 
+    void lastWordsBeforeAnUnplugAreShown();
     void unpluggedPortNeitherSpinsNorSticks();
     void unpluggedWhileSendingNeitherSpinsNorSticks();
     void pluggedInAgainOpensAgain();
@@ -282,6 +289,36 @@ void SerialPortTesterTest::sendPutsTheTextAndALineFeedOnTheWire()
     QVERIFY(terminal.WaitFor(wire));
 }
 
+void SerialPortTesterTest::sendDoesNotWaitForADeviceThatTakesNothing()
+{
+    const PseudoTerminal terminal("/dev/ttyS2");
+    Open();
+    Type(QString(100000, 'x'));
+    QElapsedTimer elapsed;
+    elapsed.start();
+
+    for (int i = 0; i < 3; ++i) {
+        Press(m_page.get(), "btnSendCom");
+        QCoreApplication::processEvents();
+    }
+
+    QVERIFY(elapsed.elapsed() < 5000);
+}
+
+void SerialPortTesterTest::halfACharacterStaysWithItsPort()
+{
+    PseudoTerminal terminal("/dev/ttyS2");
+    Open();
+    terminal.Write("a" + you.left(2));
+    QTRY_COMPARE(Received(), QString("a"));
+
+    Press(m_page.get(), "btnOpenCom");
+    Open();
+    terminal.Write("b");
+
+    QTRY_COMPARE(Received(), QString("ab"));
+}
+
 void SerialPortTesterTest::sendEchoesNothingIntoTheView()
 {
     PseudoTerminal terminal("/dev/ttyS2");
@@ -382,24 +419,44 @@ void SerialPortTesterTest::lineEndInTwoChunksIsOne()
     QTRY_COMPARE(Received(), QString("one\ntwo"));
 }
 
-void SerialPortTesterTest::streamIsReadInFewPieces()
+void SerialPortTesterTest::messagesThatEndInANulAreAllShown()
 {
     PseudoTerminal terminal("/dev/ttyS2");
     Open();
-    const QSignalSpy reads(Port(), &QSerialPort::readyRead);
-    QElapsedTimer elapsed;
-    elapsed.start();
-    QByteArray sent;
-    for (int i = 0; i < 300; ++i) {
-        const QByteArray piece = QByteArray::number(i) + ' ';
-        terminal.Write(piece);
-        sent += piece;
-        QTest::qWait(1);
+    QString expected;
+    for (int i = 0; i < 20; ++i) {
+        const QByteArray message = "message " + QByteArray::number(i);
+        terminal.Write(message + '\0');
+        WaitUntilReadable(Port());
+        QCoreApplication::processEvents();
+        expected += message;
     }
-    QTRY_COMPARE(Received(), QString(sent));
-    // One at once, then one every 20 ms at most. Timers may be a millisecond early.
-    const qint64 most = 1 + elapsed.elapsed() / 19;
-    QVERIFY2(reads.count() <= most, qPrintable(QString::number(reads.count())));
+    QTRY_COMPARE(Received(), expected);
+}
+
+void SerialPortTesterTest::lineShowsAtOnceAfterTheScrollBarWasDragged()
+{
+    PseudoTerminal terminal("/dev/ttyS2");
+    Open();
+    terminal.Write(QByteArray("a line\n").repeated(200));
+    QTRY_COMPARE(Received().count('\n'), 200);
+    QScrollBar* bar = m_page->findChild<QTextEdit*>()->verticalScrollBar();
+    QWindow* window = m_page->windowHandle();
+    const QPoint handle = bar->mapTo(m_page.get(), QPoint(bar->width() / 2, bar->height() - 25));
+    QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, handle);
+    QElapsedTimer dragging;
+    dragging.start();
+    for (int i = 0; dragging.elapsed() < 3000; ++i) {
+        QTest::mouseMove(window, handle - QPoint(0, 10 + i % 200));
+        QCoreApplication::processEvents();
+    }
+    QVERIFY(bar->value() < bar->maximum());
+    QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, handle);
+
+    const EventLoopClock clock;
+    terminal.Write("next");
+    QTRY_VERIFY(Received().endsWith("next"));
+    QVERIFY2(clock.Elapsed() <= 150, qPrintable(QString::number(clock.Elapsed())));
 }
 
 void SerialPortTesterTest::loopBackPlugGivesBackWhatIsSent()
@@ -437,6 +494,19 @@ void SerialPortTesterTest::partnerThatFloodsLeavesThePageAtWork()
     view->ShowGathered();
     QVERIFY(view->toPlainText().contains("0123456789 abcdefghijklmnopqrstuvwxyz 0123456789 abc"));
     QVERIFY(view->toPlainText().size() <= 25000);
+}
+
+void SerialPortTesterTest::lastWordsBeforeAnUnplugAreShown()
+{
+    PseudoTerminal terminal("/dev/ttyS2");
+    Open();
+    terminal.Write("first words, ");
+    QTRY_COMPARE(Received(), QString("first words, "));
+    terminal.Write("last words");
+    WaitUntilReadable(Port());
+    QCoreApplication::processEvents();
+    terminal.Vanish();
+    QTRY_COMPARE(Received(), QString("first words, last words"));
 }
 
 void SerialPortTesterTest::unpluggedPortNeitherSpinsNorSticks()

@@ -81,11 +81,15 @@ void ServiceFileTest::fileKeepsOwnerAndMode()
 void ServiceFileTest::symbolicLinkStaysOne()
 {
     Board::WriteFile("/var/real/file", "old");
+    QCOMPARE(chmod("/var/real/file", 0600), 0);
     QVERIFY(QFile::link("../../var/real/file", "/etc/test/file"));
 
     Write("/etc/test/file", "new");
 
     QVERIFY(QFileInfo("/etc/test/file").isSymLink());
+    struct stat after = {};
+    QCOMPARE(stat("/var/real/file", &after), 0);
+    QCOMPARE(after.st_mode & 07777, 0600u);
     QCOMPARE(Board::ReadFile("/var/real/file"), QByteArray("new"));
     QCOMPARE(QDir("/var/real").entryList(QDir::Files), QStringList("file"));
 }
@@ -105,19 +109,26 @@ void ServiceFileTest::linkToAMissingFileMakesTheFile()
 void ServiceFileTest::whatIsNoFileIsLeftAlone_data()
 {
     QTest::addColumn<QByteArray>("maker");
+    QTest::addColumn<QString>("reason");
 
-    QTest::newRow("folder") << QByteArray("mkdir /etc/test/file");
-    QTest::newRow("pipe") << QByteArray("mkfifo /etc/test/file");
-    QTest::newRow("endless device") << QByteArray("ln -s /dev/zero /etc/test/file");
-    QTest::newRow("link into a missing folder") << QByteArray("ln -s /nowhere/f /etc/test/file");
+    const auto add = [](const char* name, const char* maker, const char* reason) {
+        QTest::newRow(name) << QByteArray(maker) << QString(reason);
+    };
+    add("folder", "mkdir /etc/test/file", "not a file");
+    add("pipe", "mkfifo /etc/test/file", "not a file");
+    add("endless device", "ln -s /dev/zero /etc/test/file", "not a file");
+    add("link into a missing folder", "ln -s /nowhere/f /etc/test/file",
+        "No such file or directory");
 }
 
 void ServiceFileTest::whatIsNoFileIsLeftAlone()
 {
     QFETCH(QByteArray, maker);
+    QFETCH(QString, reason);
     QCOMPARE(std::system(maker.constData()), 0);
     struct stat before = {};
     QCOMPARE(lstat("/etc/test/file", &before), 0);
+    const Warnings warnings;
 
     Write("/etc/test/file", "new");
 
@@ -126,14 +137,19 @@ void ServiceFileTest::whatIsNoFileIsLeftAlone()
     QCOMPARE(after.st_ino, before.st_ino);
     QCOMPARE(QDir("/etc/test").entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
              QStringList("file"));
+    QCOMPARE(Warnings::Texts().size(), 1);
+    QVERIFY2(Warnings::Texts()[0].contains(reason), qPrintable(Warnings::Texts()[0]));
 }
 
 void ServiceFileTest::hugeFileIsLeftAlone()
 {
     Board::WriteFile("/etc/test/file", "old");
     QCOMPARE(truncate("/etc/test/file", 20000000), 0);
+    const Warnings warnings;
 
     QCOMPARE(ReadServiceFile("/etc/test/file"), QByteArray());
+    QVERIFY2(Warnings::Texts().value(0).contains("too large"),
+             qPrintable(Warnings::Texts().join('\n')));
     Write("/etc/test/file", "new");
 
     QCOMPARE(QFileInfo("/etc/test/file").size(), 20000000);

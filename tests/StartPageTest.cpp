@@ -1,10 +1,10 @@
 #include "frame/StartPage.h"
 #include "frame/BodyWidget.h"
 #include "frame/HeadWidget.h"
-#include "frame/MoskSettings.h"
 #include "frame/MoskTester.h"
 #include "simulated-board/Board.h"
 #include "tests/PageFixture.h"
+#include "texts/MoskSettings.h"
 
 #include <QComboBox>
 #include <QDir>

@@ -1,3 +1,4 @@
+#include "frame/Pages.h"
 #include "simulated-board/Board.h"
 #include "tests/Program.h"
 #include "tests/VncViewer.h"
@@ -7,6 +8,8 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QTest>
+
+#include <cstdlib>
 
 namespace
 {
@@ -28,6 +31,9 @@ private slots:
     void programStartsWithoutAResource();
     void languageIsTheBoards_data();
     void languageIsTheBoards();
+    void languageCanBeChosenWithoutASettingsFile_data();
+    void languageCanBeChosenWithoutASettingsFile();
+    void windowCoversTheScreen_data();
     void windowCoversTheScreen();
     void logWithoutAReaderIsNoMatter();
     void keysComeUpForAField();
@@ -105,7 +111,8 @@ void StartUpTest::languageIsTheBoards_data()
     QTest::newRow("no settings file") << QByteArray("") << chinese;
     QTest::newRow("English") << QByteArray("language english\n") << "Home";
     QTest::newRow("Chinese") << QByteArray("language chinese\n") << chinese;
-    QTest::newRow("unknown") << QByteArray("language french\n") << chinese;
+    QTest::newRow("unknown") << QByteArray("file /etc/mosk.ini [sys]\\nLanguage=french\n")
+                             << chinese;
     QTest::newRow("outside its group")
         << QByteArray("file /etc/mosk.ini Language=english\\n") << chinese;
 }
@@ -121,17 +128,64 @@ void StartUpTest::languageIsTheBoards()
     QCOMPARE(m_operator.Items("menuTab").value(0), home);
 }
 
-void StartUpTest::windowCoversTheScreen()
+void StartUpTest::languageCanBeChosenWithoutASettingsFile_data()
 {
+    QTest::addColumn<QByteArray>("maker");
+
+    QTest::newRow("pipe") << QByteArray("mkfifo /etc/mosk.ini");
+    QTest::newRow("folder") << QByteArray("mkdir /etc/mosk.ini");
+}
+
+void StartUpTest::languageCanBeChosenWithoutASettingsFile()
+{
+    QFETCH(QByteArray, maker);
     Board::Become("");
+    QCOMPARE(std::system(maker.constData()), 0);
 
     Start("MoskTest");
 
-    for (const auto& [property, value] :
-         {std::pair("x", 0), {"y", 0}, {"width", 1024}, {"height", 600}}) {
-        QCOMPARE(m_operator.Property("MoskTester", property).toInt(), value);
+    QCOMPARE(m_operator.Items("menuTab").value(0), QString::fromUtf8("首页"));
+    QVERIFY(m_operator.Choose("bodyWidget QComboBox", "English"));
+    QTRY_COMPARE(m_operator.Items("menuTab").value(0), QString("Home"));
+}
+
+void StartUpTest::windowCoversTheScreen_data()
+{
+    QTest::addColumn<QByteArray>("language");
+    QTest::addColumn<QSize>("screen");
+
+    QTest::newRow("large") << QByteArray("english") << QSize(1024, 600);
+    QTest::newRow("small") << QByteArray("english") << QSize(800, 480);
+    QTest::newRow("small, Chinese") << QByteArray("chinese") << QSize(800, 480);
+}
+
+void StartUpTest::windowCoversTheScreen()
+{
+    QFETCH(QByteArray, language);
+    QFETCH(QSize, screen);
+    Board::Become("language " + language + '\n');
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    qputenv("QT_QPA_PLATFORM",
+            QString("vnc:size=%1x%2").arg(screen.width()).arg(screen.height()).toLatin1());
+    Start("MoskTest");
+    qputenv("QT_QPA_PLATFORM", platform);
+
+    // Nothing on any page makes the window larger than the screen.
+    for (const Page& page : allPages) {
+        QVERIFY(m_operator.OpenPage(page.name) && m_operator.Idle());
+        for (const auto& [property, value] : {std::pair("x", 0),
+                                              {"y", 0},
+                                              {"width", screen.width()},
+                                              {"height", screen.height()}}) {
+            QVERIFY2(m_operator.Property("MoskTester", property).toInt() == value, page.name);
+        }
     }
-    QCOMPARE(QImage::fromData(m_operator.Screenshot()).size(), QSize(1024, 600));
+    QCOMPARE(QImage::fromData(m_operator.Screenshot()).size(), screen);
+    // All tabs are there without the menu's scroll buttons.
+    const QJsonArray scrollButtons = m_operator.List("menuTab QToolButton");
+    for (const QJsonValue& button : scrollButtons) {
+        QVERIFY(!button["visible"].toBool());
+    }
 }
 
 void StartUpTest::logWithoutAReaderIsNoMatter()

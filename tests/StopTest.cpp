@@ -6,6 +6,10 @@
 
 #include <csignal>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace
 {
 
@@ -38,6 +42,7 @@ private slots:
     void openPortIsLeftAsItWasFound();
     void everySignalEndsTheProgramInOrder_data();
     void everySignalEndsTheProgramInOrder();
+    void signalBeforeTheWindowEndsTheProgramInOrder();
     void openListIsNoHindrance();
     void openBoxIsNoHindrance();
     void checkUnderWayIsNoHindrance();
@@ -152,6 +157,29 @@ void StopTest::everySignalEndsTheProgramInOrder()
     Send(signal);
 
     ProgramEndsInOrder();
+}
+
+void StopTest::signalBeforeTheWindowEndsTheProgramInOrder()
+{
+    // The home page, which is built before the window is shown, reads this file. From a pipe it
+    // reads until the writer has gone.
+    QVERIFY(QFile::remove("/proc/version"));
+    QCOMPARE(mkfifo("/proc/version", 0600), 0);
+    m_program.start(Built("MoskTest"), QStringList());
+    int writer = -1;
+    // Without a reader it cannot be opened.
+    QVERIFY(QTest::qWaitFor(
+        [&writer] {
+            writer = open("/proc/version", O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+            return writer >= 0;
+        },
+        20000));
+
+    Send(SIGTERM);
+    close(writer);
+
+    ProgramEndsInOrder();
+    QVERIFY(QFile::remove("/proc/version"));
 }
 
 void StopTest::openListIsNoHindrance()

@@ -6,6 +6,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QTest>
+#include <QThread>
 
 #include <csignal>
 
@@ -15,6 +16,7 @@ namespace
 /// The combo box of the page shown, and a place where no page has anything.
 const char* const list = "bodyWidget QComboBox";
 const QPoint beside(700, 500);
+const QRect screen(0, 0, 1024, 600);
 
 /// X's code for the key.
 const quint32 upKey = 0xff52;
@@ -46,6 +48,9 @@ private slots:
 
     void languageChosenAndABoxOpened_data();
     void languageChosenAndABoxOpened();
+
+    void listAndBoxTapped_data();
+    void listAndBoxTapped();
 
 private:
     QRect Place(const QString& widget);
@@ -291,6 +296,45 @@ void TapsTest::languageChosenAndABoxOpened()
     QVERIFY(m_operator.WaitForText("btnReboot", QString::fromUtf8("立即重启")));
     QCOMPARE(m_operator.Items("menuTab").value(0), QString::fromUtf8("首页"));
     QCOMPARE(m_operator.Count("QMessageBox"), 0);
+}
+
+void TapsTest::listAndBoxTapped_data()
+{
+    QTest::addColumn<int>("gap");
+
+    for (const int gap : {0, 100, 400}) {
+        QTest::addRow("%d ms apart", gap) << gap;
+    }
+}
+
+void TapsTest::listAndBoxTapped()
+{
+    QFETCH(int, gap);
+    const QPoint language = Place(list).center();
+    const QPoint button = Place("btnSwitchHMI").center();
+
+    Stall();
+    m_viewer.Tap(language);
+    QThread::msleep(static_cast<unsigned long>(gap));
+    m_viewer.Tap(button);
+    GoOn();
+
+    QTRY_VERIFY(IsListOpen() || m_operator.Count("QMessageBox") == 1);
+    QVERIFY(m_operator.Idle());
+    const bool isBoxOpen = m_operator.Count("QMessageBox") == 1;
+    QVERIFY(IsListOpen() != isBoxOpen);
+    // The screen shows all windows that the program takes for open, and all of each.
+    See(screen);
+    // The page goes on as usual.
+    if (!isBoxOpen) {
+        m_viewer.Tap(beside);
+        QTRY_VERIFY(!IsListOpen());
+        m_viewer.Tap(button);
+        QTRY_COMPARE(m_operator.Count("QMessageBox"), 1);
+    }
+    QVERIFY(m_operator.PressBoxButton("No"));
+    QTRY_COMPARE(m_operator.Count("QMessageBox"), 0);
+    QVERIFY(!IsListOpen());
 }
 
 QTEST_GUILESS_MAIN(TapsTest)

@@ -1,3 +1,4 @@
+#include "frame/Pages.h"
 #include "simulated-board/Board.h"
 #include "tests/Program.h"
 
@@ -75,7 +76,7 @@ Element ResultOf(const QString& page, const QString& check)
     return {};
 }
 
-QString Page()
+QString ReportPage()
 {
     return QString::fromUtf8(Board::ReadFile(folder + "/report.html"));
 }
@@ -93,6 +94,9 @@ private slots:
 
     void goodBoardPasses();
     void boardWithFaultsDoesNotPass();
+    void eachKindOfFaultIsWrong_data();
+    void eachKindOfFaultIsWrong();
+    void verdictReachesTheShell();
     void whatIsNotThereIsLeftOutOrFails();
     void stoppedTourIsIncomplete();
     void tourOfAProgramThatDiesIsIncomplete();
@@ -110,6 +114,7 @@ private:
     QByteArray m_default = Board::ReadFile(m_home + "/../boards/default.board");
     QProcess m_program;
     std::unique_ptr<QProcess> m_tour;
+    QStringList m_options;
     QStringList m_lines;
 };
 
@@ -117,6 +122,10 @@ void TourTest::init()
 {
     PutOperatorAt(m_program);
     QDir(folder).removeRecursively();
+    m_options.clear();
+    // One of the boards has a folder in the place of the database.
+    QFile::remove("/var/log/sqlite.db");
+    QDir("/var/log/sqlite.db").removeRecursively();
     m_tour = std::make_unique<QProcess>();
     m_tour->setProcessChannelMode(QProcess::ForwardedErrorChannel);
 }
@@ -136,9 +145,9 @@ void TourTest::StartTour(const QByteArray& board, const QByteArray& expected)
     m_program.start(m_home + "/start-program", {Built("MoskTest")});
     // Somebody has left the program at a page without a tab, so that the tab of another is chosen.
     Operator before;
-    const int camera = 10;
-    QVERIFY2(before.Connect() && before.OpenPage(camera), qPrintable(before.Error()));
-    m_tour->start(Built("simulated-board/tour"), {"--board", described, "--report", folder});
+    QVERIFY2(before.Connect() && before.OpenPage("camera"), qPrintable(before.Error()));
+    m_tour->start(Built("simulated-board/tour"),
+                  QStringList{"--board", described, "--report", folder} + m_options);
 }
 
 int TourTest::TakeTour(const QByteArray& board, const QByteArray& expected)
@@ -182,11 +191,14 @@ void TourTest::goodBoardPasses()
     QCOMPARE(ElementsNamed("img", page).size(), pictures.size());
     QCOMPARE(suite.value(0)["failures"] + suite.value(0)["errors"], QString("00"));
     QCOMPARE(ResultOf("english.wifi", "connect").text, QString("Connected MoskBench"));
-    for (const char* name : {"home", "basic", "touch", "serial", "wifi", "voice", "can", "database",
-                             "production", "remote-access", "camera"}) {
+    QStringList names{"touch"};
+    for (const Page& each : allPages) {
+        names.append(each.name);
+    }
+    for (const QString& name : qAsConst(names)) {
         for (const char* language : {"english", "chinese"}) {
             const QString file = QString("%1/%2-%3.png").arg(folder, name, language);
-            QVERIFY2(Page().contains(Board::ReadFile(file).toBase64()), qPrintable(file));
+            QVERIFY2(ReportPage().contains(Board::ReadFile(file).toBase64()), qPrintable(file));
         }
     }
     // What the tour has changed is as before.
@@ -227,9 +239,99 @@ void TourTest::boardWithFaultsDoesNotPass()
     QVERIFY2(usb["message"].contains("2 USB flash drive"), qPrintable(usb["message"]));
     // A file's name cannot become a part of the page.
     QVERIFY(ElementsNamed("script", page).isEmpty());
-    QVERIFY(!Page().contains("<script>"));
+    QVERIFY(!ReportPage().contains("<script>"));
     QVERIFY(tables.value(0).text.contains("/mnt/usb/<script>␛␁&\"'.wav"));
     QVERIFY(ResultOf("english.voice", "scan")["message"].contains("<script>␛␁&\"'.wav"));
+}
+
+void TourTest::eachKindOfFaultIsWrong_data()
+{
+    QTest::addColumn<QString>("page");
+    QTest::addColumn<QByteArray>("board");
+    QTest::addColumn<QByteArray>("expected");
+    QTest::addColumn<QStringList>("wrong");
+
+    const auto add = [](const char* page, const char* fault, const char* board,
+                        const char* expected, const QStringList& wrong) {
+        QTest::addRow("%s: %s", page, fault)
+            << QString(page) << QByteArray(board) << QByteArray(expected) << wrong;
+    };
+    add("home", "buttons are missing", "file /etc/qttestend x\n", "",
+        {"markers", "switch to HMI", "test finished"});
+    add("home", "other kernel", "", "version Linux 1 2 3 4 5 6 7 8\n", {"version"});
+    add("basic", "no stick, no card", "mmc 0\n", "stick A\nmmc 0 1\n", {"SD card", "USB"});
+    add("basic", "nobody answers", "link eth0 10.0.0.2 10.0.0.1\nsilent eth0 10.0.0.1\n",
+        "link eth0 10.0.0.2 10.0.0.1\n", {"Ethernet"});
+    add("basic", "somebody answers who should not",
+        "link usb0 10.0.0.2 10.0.0.1\nhost dns.alidns.com 223.5.5.5\n", "", {"4G"});
+    add("basic", "controller hears nothing", "port ttyS5 nothing\n", "port ttyS5 controller\n",
+        {"buzzer is silent", "buzzer rings", "controller's time"});
+    add("basic", "no controller", "", "port ttyS5 nothing\n", {"buzzer off", "buzzer on"});
+    add("serial", "no answer, no port", "port ttyS0 nothing\n",
+        "port ttyS0 loopback\nport ttyS1 echo\n", {"COM0 send", "COM1 open"});
+    add("wifi", "wrong passphrase, no such network", "network Bench -50 12345678\n",
+        "network Bench -50 87654321\nnetwork Annex -60 87654321\n", {"connect", "refresh", "scan"});
+    add("voice", "sound ends at once", "sound usb/a.wav 0\n", "sound usb/a.wav 3\n", {"play"});
+    add("voice", "no sound", "", "sound usb/a.wav 3\n",
+        {"choose in bodyWidget QComboBox", "play", "scan"});
+    add("can", "nobody sends", "", "bus can0\n", {"receive"});
+    add("database", "cannot be written", "file /var/log/sqlite.db/x x\n", "",
+        {"create", "delete", "insert", "query"});
+    add("production", "lost its rootfs", "port ttyS2 log no-rootfs\n", "port ttyS2 log good\n",
+        {"burnt"});
+    add("production", "no port", "", "port ttyS2 nothing\n", {"burnt"});
+    add("remote-access", "other server",
+        "file /etc/frpc.ini "
+        "[common]\\nserver_addr=a\\nserver_port=1\\n[vnc]\\nremote_port=6000\\n\n",
+        "file /etc/frpc.ini "
+        "[common]\\nserver_addr=b\\nserver_port=1\\n[vnc]\\nremote_port=6000\\n\n",
+        {"server"});
+    add("camera", "black", "camera video0 #000000 Front\n", "camera video0 any Front\n", {"Front"});
+    add("camera", "other picture", "camera video0 #c06020 Front\n", "camera video0 #2060c0 Front\n",
+        {"Front"});
+    add("camera", "missing", "camera video0 #c06020 Rear\n", "camera video0 #c06020 Front\n",
+        {"Front"});
+}
+
+// Whoever judges boards must be seen to say no, for each kind of check and in every report.
+void TourTest::eachKindOfFaultIsWrong()
+{
+    QFETCH(QString, page);
+    QFETCH(QByteArray, board);
+    QFETCH(QByteArray, expected);
+    QFETCH(QStringList, wrong);
+    m_options = QStringList{"--page", page, "--patience", "2"};
+
+    QCOMPARE(TakeTour("language english\n" + board, "language english\n" + expected), 1);
+
+    const QStringList lines = m_lines.filter(" | WRONG, expected ");
+    QStringList names;
+    for (const QString& line : lines) {
+        QCOMPARE(line.section(" | ", 0, 0), page);
+        names.append(line.section(" | ", 1, 1));
+    }
+    names.removeDuplicates();
+    names.sort();
+    QCOMPARE(names, wrong);
+    const QList<Element> html = ElementsOf(folder + "/report.html");
+    const QList<Element> xml = ElementsOf(folder + "/report.xml");
+    QCOMPARE(ElementsNamed("h1", html).value(0).text, QString("%1 wrong").arg(lines.size()));
+    QCOMPARE(ElementsNamed("failure", xml).size(), lines.size());
+    QCOMPARE(ElementsNamed("testsuite", xml).value(0)["failures"].toInt(), lines.size());
+    for (const QString& name : qAsConst(wrong)) {
+        for (const char* language : {"english.", "chinese."}) {
+            QCOMPARE(ResultOf(language + page, name).name, QString("failure"));
+        }
+    }
+}
+
+void TourTest::verdictReachesTheShell()
+{
+    for (const int verdict : {0, 1}) {
+        Board::PutTool("tour", "exit " + QByteArray::number(verdict));
+        QCOMPARE(QProcess::execute(m_home + "/with-tour", {folder, "true"}), verdict);
+    }
+    Board::RemoveTools();
 }
 
 void TourTest::whatIsNotThereIsLeftOutOrFails()
@@ -251,7 +353,7 @@ void TourTest::whatIsNotThereIsLeftOutOrFails()
     QVERIFY(m_lines.contains("basic | Ethernet | Normal!, ok | ok"));
     QVERIFY(m_lines.contains("wifi | scan | Bench | ok"));
     QVERIFY(m_lines.contains("wifi | ping | Succeeded!, ok | ok"));
-    QVERIFY(Page().contains("A plain board"));
+    QVERIFY(ReportPage().contains("A plain board"));
     // It began in Chinese.
     QVERIFY(Board::ReadFile("/etc/mosk.ini").contains("chinese"));
 }
@@ -267,7 +369,7 @@ void TourTest::stoppedTourIsIncomplete()
     QVERIFY(m_tour->waitForFinished(60000));
     QCOMPARE(m_tour->exitStatus(), QProcess::NormalExit);
     QCOMPARE(m_tour->exitCode(), 1);
-    QVERIFY(Page().contains("Incomplete: the tour was stopped"));
+    QVERIFY(ReportPage().contains("Incomplete: the tour was stopped"));
     QCOMPARE(ResultOf("english.home", "menu").name, QString("system-out"));
     QCOMPARE(ElementsNamed("error", ElementsOf(folder + "/report.xml")).size(), 1);
     QVERIFY(Board::ReadFile("/etc/frpc.ini").contains("6000"));
@@ -281,7 +383,7 @@ void TourTest::tourOfAProgramThatDiesIsIncomplete()
 
     QVERIFY(m_tour->waitForFinished(60000));
     QCOMPARE(m_tour->exitCode(), 1);
-    QVERIFY(Page().contains("Incomplete: the program has gone"));
+    QVERIFY(ReportPage().contains("Incomplete: the program has gone"));
     QCOMPARE(ResultOf("tour", "complete").name, QString("error"));
 }
 
@@ -304,7 +406,7 @@ void TourTest::tourWithoutAProgramIsIncomplete()
     QVERIFY(QTest::qWaitFor([] { return QFile::exists(folder + "/report.xml"); }, 60000));
     kill(static_cast<pid_t>(m_tour->processId()), signal);
     QVERIFY(m_tour->waitForFinished());
-    QVERIFY2(Page().contains("Incomplete: " + reason), qPrintable(Page()));
+    QVERIFY2(ReportPage().contains("Incomplete: " + reason), qPrintable(ReportPage()));
     QCOMPARE(ResultOf("tour", "complete").name, QString("error"));
 }
 

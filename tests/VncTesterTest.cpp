@@ -3,10 +3,12 @@
 #include "tests/PageFixture.h"
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QDir>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSettings>
 
 #include <sys/mount.h>
@@ -70,6 +72,9 @@ private slots:
     void anyTextInAPortIsShown();
     void portFieldsTakeOnlyPorts_data();
     void portFieldsTakeOnlyPorts();
+    void portMayBeginWithZerosWhileItIsEdited();
+    void editMakesAPortOfAnyTextOrClearsIt_data();
+    void editMakesAPortOfAnyTextOrClearsIt();
 
     void setCreatesTheFiles();
     void setWritesTheBoxesAsNumbers_data();
@@ -79,7 +84,7 @@ private slots:
     void strangeLinesPlayNoPart();
     void strangePasswordStaysAsItIs_data();
     void strangePasswordStaysAsItIs();
-    void whatAnotherProgramWroteMeanwhileStays();
+    void setWritesWhatThePageShows();
     void emptyFieldIsWrittenEmpty();
     void valueSurvivesTheRoundTrip();
     void filesAreWrittenInOrderAndSynchronised();
@@ -287,27 +292,101 @@ void VncTesterTest::portFieldsTakeOnlyPorts_data()
     QTest::addColumn<QString>("typed");
     QTest::addColumn<QString>("taken");
 
-    const auto add = [](const char* typed, const char* taken) {
-        QTest::newRow(typed) << QString(typed) << QString(taken);
+    QTest::addColumn<QString>("pasted");
+
+    const auto add = [](const char* typed, const char* taken, const char* pasted) {
+        QTest::newRow(typed) << QString(typed) << QString(taken) << QString(pasted);
     };
-    add("65535", "65535");
-    add("0", "0");
-    add("655360", "65536");
-    add("a7b0c", "70");
-    add("-7", "7");
-    add(" 7.0", "70");
+    add("65535", "65535", "65535");
+    add("0", "0", "0");
+    add("007", "007", "007");
+    add("65536", "6553", "");
+    add("99999", "9999", "");
+    add("655350", "65535", "");
+    add("000080", "00008", "");
+    add("a7b0c", "70", "");
+    add("+5", "5", "");
+    add("-7", "7", "");
+    add("7,000", "7000", "");
+    add(" 7.0", "70", "");
+    add("٧٠", "", "");
+    add("٧٬٠٠٠", "", "");
+    add("７０", "", "");
 }
 
 void VncTesterTest::portFieldsTakeOnlyPorts()
 {
     QFETCH(QString, typed);
     QFETCH(QString, taken);
+    QFETCH(QString, pasted);
+    const QLocale before;
+    const auto goBack = qScopeGuard([&before] { QLocale::setDefault(before); });
+    // With digits and signs of its own.
+    QLocale::setDefault(QLocale("ar_EG"));
+    Rebuild();
     for (const Row row : {ServerPort, RemotePort}) {
-        QTest::keyClicks(Field(row), typed);
+        for (const QChar character : typed) {
+            QTest::sendKeyEvent(QTest::Click, Field(row), Qt::Key(character.unicode()), character,
+                                Qt::NoModifier);
+        }
         QCOMPARE(Field(row)->text(), taken);
-        // A number of as many digits is not refused while it is typed, only not acceptable.
-        QCOMPARE(Field(row)->hasAcceptableInput(), taken.toInt() <= 65535);
+
+        Field(row)->clear();
+        QApplication::clipboard()->setText(typed);
+        Field(row)->paste();
+        QCOMPARE(Field(row)->text(), pasted);
     }
+}
+
+void VncTesterTest::portMayBeginWithZerosWhileItIsEdited()
+{
+    Board::WriteFile(clientPath, clientFile);
+    Rebuild();
+
+    QTest::keyClick(Field(ServerPort), Qt::Key_Home);
+    QTest::keyClick(Field(ServerPort), Qt::Key_Delete);
+    QCOMPARE(Field(ServerPort)->text(), QString("000"));
+    QTest::keyClick(Field(ServerPort), '8');
+    QCOMPARE(Field(ServerPort)->text(), QString("8000"));
+}
+
+void VncTesterTest::editMakesAPortOfAnyTextOrClearsIt_data()
+{
+    QTest::addColumn<QByteArray>("port");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<QString>("left");
+
+    const auto add = [](const char* port, int key, const char* left) {
+        QTest::addRow("%s and key %d", port, key) << QByteArray(port) << key << QString(left);
+    };
+    add("{{ .Envs.PORT }}", 'x', "");
+    add("{{ .Envs.PORT }}", '7', "");
+    add("{{ .Envs.PORT }}", Qt::Key_Backspace, "");
+    add("70000", '0', "");
+    add("70000", Qt::Key_Backspace, "7000");
+    add("7000x", Qt::Key_Backspace, "7000");
+}
+
+void VncTesterTest::editMakesAPortOfAnyTextOrClearsIt()
+{
+    QFETCH(QByteArray, port);
+    QFETCH(int, key);
+    QFETCH(QString, left);
+    const QByteArray client = QByteArray(clientFile).replace("7000", port);
+    Board::WriteFile(clientPath, client);
+    Rebuild();
+    PressSet();
+    QCOMPARE(Content(clientPath), client);
+
+    if (key < 0x80) {
+        QTest::keyClick(Field(ServerPort), static_cast<char>(key));
+    } else {
+        QTest::keyClick(Field(ServerPort), static_cast<Qt::Key>(key));
+    }
+
+    QCOMPARE(Field(ServerPort)->text(), left);
+    PressSet();
+    QCOMPARE(Content(clientPath), QByteArray(clientFile).replace("7000", left.toLatin1()));
 }
 
 void VncTesterTest::setCreatesTheFiles()
@@ -425,7 +504,9 @@ void VncTesterTest::strangePasswordStaysAsItIs_data()
     add("form feed", "\fpassword=a", "a");
     add("half of a character", "password=\xe5\xaf", "\u00e5\u00af");
     add("type of Qt's own", "password=@Size(1 2)", "@Size(1 2)");
-    add("longer than a field", "password=" + QByteArray(40000, 'x'), QString(32767, 'x'));
+    add("control characters", "password=a\\nb\\tc\\x0;", QString::fromLatin1("a\nb\tc\0;", 7));
+    add("longer than a field is by default", "password=" + QByteArray(40000, 'x'),
+        QString(40000, 'x'));
 }
 
 void VncTesterTest::strangePasswordStaysAsItIs()
@@ -445,17 +526,25 @@ void VncTesterTest::strangePasswordStaysAsItIs()
     QCOMPARE(Content(serverPath), QByteArray(server).replace("enable=0", "enable=1"));
 }
 
-void VncTesterTest::whatAnotherProgramWroteMeanwhileStays()
+void VncTesterTest::setWritesWhatThePageShows()
 {
+    const QByteArray server = "enable=1\nsecurity=2\npassword=secret\n";
+    Board::WriteFile(serverPath, server);
     Board::WriteFile(clientPath, clientFile);
     Rebuild();
-    const QByteArray meanwhile = QByteArray(clientFile).replace("203.0.113.7", "198.51.100.7");
-    Board::WriteFile(clientPath, meanwhile);
-    Field(RemotePort)->setText("6001");
+    // Another program changes what the page shows, and a line that is none of the page's.
+    Board::WriteFile(serverPath, "enable=0\nsecurity=1\npassword=other\n");
+    Board::WriteFile(clientPath, QByteArray(clientFile)
+                                     .replace("203.0.113.7", "198.51.100.7")
+                                     .replace("= 7000", "= 7077")
+                                     .replace("= 6000", "= 6066")
+                                     .replace("= 5900", "= 5901"));
 
     PressSet();
 
-    QCOMPARE(Content(clientPath), QByteArray(meanwhile).replace("= 6000", "= 6001"));
+    CompareWithTheFiles();
+    QCOMPARE(Content(serverPath), server);
+    QCOMPARE(Content(clientPath), QByteArray(clientFile).replace("= 5900", "= 5901"));
 }
 
 void VncTesterTest::emptyFieldIsWrittenEmpty()
@@ -475,6 +564,7 @@ void VncTesterTest::emptyFieldIsWrittenEmpty()
 void VncTesterTest::valueSurvivesTheRoundTrip()
 {
     Board::WriteFile(clientPath, clientFile);
+    Rebuild();
     for (const char* value : {"a;b", "a,b", "say \"hi\"", "end\\", " blanks ", "密码1", "@x)"}) {
         Field(Password)->setText(value);
         Field(ServerAddress)->setText(value);

@@ -158,23 +158,43 @@ void VncViewer::RequestUpdate(bool incremental)
     m_socket.flush();
 }
 
-void VncViewer::SendPointer(const QPoint& place, bool pressed)
+void VncViewer::SendPointer(const QPoint& place, Button held)
 {
-    m_stream << quint8(Pointer) << quint8(pressed) << quint16(place.x()) << quint16(place.y());
+    m_stream << quint8(Pointer) << quint8(held) << quint16(place.x()) << quint16(place.y());
     m_socket.flush();
 }
 
-void VncViewer::Tap(const QPoint& place)
+void VncViewer::Tap(const QPoint& place, Button button)
 {
     Move(place);
-    Press(place);
+    SendPointer(place, button);
     Release(place);
 }
 
-void VncViewer::StrikeKey(quint32 key)
+void VncViewer::Drag(const QPoint& from, const QPoint& to)
 {
-    for (const bool pressed : {true, false}) {
-        m_stream << quint8(Key) << quint8(pressed) << quint16(0) << key;
+    Move(from);
+    const int steps = 4;
+    for (int step = 0; step <= steps; ++step) {
+        Press(from + (to - from) * step / steps);
     }
+    Release(to);
+}
+
+void VncViewer::SendKey(quint32 key, bool pressed)
+{
+    m_stream << quint8(Key) << quint8(pressed) << quint16(0) << key;
     m_socket.flush();
+}
+
+void VncViewer::StrikeKey(quint32 key, quint32 modifier)
+{
+    if (modifier != 0) {
+        SendKey(modifier, true);
+    }
+    SendKey(key, true);
+    SendKey(key, false);
+    if (modifier != 0) {
+        SendKey(modifier, false);
+    }
 }

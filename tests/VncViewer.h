@@ -31,19 +31,25 @@ public:
     bool WaitForPicture(const std::function<bool(const QImage& picture)>& isWanted,
                         int limitMs = 10000);
 
-    void Move(const QPoint& place) { SendPointer(place, false); }
-    void Press(const QPoint& place) { SendPointer(place, true); }
-    void Release(const QPoint& place) { SendPointer(place, false); }
-    void Tap(const QPoint& place);
-    /// Presses and releases a key; `key` is X's code for it.
-    void StrikeKey(quint32 key);
+    /// The buttons of a mouse. A finger is the left one.
+    enum Button : quint8 { NoButton = 0, LeftButton = 1, RightButton = 4 };
+
+    void Move(const QPoint& place) { SendPointer(place, NoButton); }
+    void Press(const QPoint& place) { SendPointer(place, LeftButton); }
+    void Release(const QPoint& place) { SendPointer(place, NoButton); }
+    void Tap(const QPoint& place, Button button = LeftButton);
+    void Drag(const QPoint& from, const QPoint& to);
+    /// Presses and releases a key, while `modifier` is held down if it is given. Both are X's codes
+    /// for the keys.
+    void StrikeKey(quint32 key, quint32 modifier = 0);
 
 private:
     bool ShakeHands(const QDeadlineTimer& limit);
     bool WaitForBytes(qint64 count, const QDeadlineTimer& limit);
     bool TakeUpdate();
     void RequestUpdate(bool incremental);
-    void SendPointer(const QPoint& place, bool pressed);
+    void SendPointer(const QPoint& place, Button held);
+    void SendKey(quint32 key, bool pressed);
 
     QTcpSocket m_socket;
     QDataStream m_stream{&m_socket};

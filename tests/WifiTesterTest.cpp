@@ -421,9 +421,10 @@ void WifiTesterTest::statusNeverTakesTheStationForTheName()
 
 void WifiTesterTest::scanListsTheNetworksOfAnEarlierScan()
 {
-    BuildOn("wlan0 up\nscan-time 3600\nnetwork Bench -50 12345678\n"
-            "network \\xe5\\xb7\\xa5 -61 12345678\nnetwork My\\x20Bench -70 12345678\n"
-            "network Secret -75 12345678 hidden\nnetwork Guests -80 -\n");
+    const QByteArray air = "network Bench -50 12345678\nnetwork \\xe5\\xb7\\xa5 -61 12345678\n"
+                           "network My\\x20Bench -70 12345678\n"
+                           "network Secret -75 12345678 hidden\nnetwork Guests -80 -\n";
+    BuildOn("wlan0 up\nscan-time 3600\n" + air);
     Press(m_page.get(), "btnScan");
     QCOMPARE(Networks()->count(), 0);
     QVERIFY(!QFileInfo::exists(resultsPath));
@@ -431,7 +432,7 @@ void WifiTesterTest::scanListsTheNetworksOfAnEarlierScan()
              QStringList({"wpa_cli -i wlan0 scan", "wpa_cli -i wlan0 scan_results"}));
 
     // The scan has ended.
-    Board::WriteFile("/run/board/wifi/scan-time", "0");
+    Board::WriteFile("/run/board/description", "scan-time 0\n" + air);
     Press(m_page.get(), "btnScan");
 
     QCOMPARE(Networks()->count(), 5);

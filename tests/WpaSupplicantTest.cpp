@@ -80,9 +80,8 @@ private:
 
 void WpaSupplicantTest::initTestCase()
 {
-    if (!QFileInfo(supplicantPath).isExecutable() || !QFileInfo(clientPath).isExecutable()) {
-        QSKIP("wpa_supplicant is not installed here");
-    }
+    QVERIFY2(QFileInfo(supplicantPath).isExecutable() && QFileInfo(clientPath).isExecutable(),
+             "packaging/install-packages installs wpasupplicant");
 }
 
 void WpaSupplicantTest::init()
@@ -215,13 +214,24 @@ void WpaSupplicantTest::passphraseIsHeldAsItIs()
 
 void WpaSupplicantTest::statusOfTheRealOneIsUnderstood()
 {
-    Start("none");
-    QVERIFY(Ask({"status"}).contains("wpa_state="));
+    Board::Become("link wlan0 10.9.9.2 10.9.9.1\n");
+    // With this driver and these settings it connects to a cable, without a radio.
+    Board::WriteFile(configurationPath, "ctrl_interface=/var/run/wpa_supplicant\nap_scan=0\n");
+    Start("wired");
+    const auto* status = InGrid<QLineEdit>(m_page.get(), 0, 1);
+    QCOMPARE(Ask({"add_network"}), QByteArray("0\n"));
+    QCOMPARE(Ask({"set_network", "0", "ssid", "\"Bench\""}), QByteArray("OK\n"));
+    QCOMPARE(Ask({"set_network", "0", "key_mgmt", "NONE"}), QByteArray("OK\n"));
+    QCOMPARE(Ask({"enable_network", "0"}), QByteArray("OK\n"));
+    QTRY_VERIFY2(Ask({"status"}).contains("wpa_state=COMPLETED"), Ask({"status"}).constData());
 
     Press(m_page.get(), "btnRef");
-    QCOMPARE(InGrid<QLineEdit>(m_page.get(), 0, 1)->text(), QString("Disconnect"));
-    Press(m_page.get(), "btnScan");
-    QCOMPARE(m_page->findChild<QComboBox*>()->count(), 0);
+    QCOMPARE(status->text(), QString("Connected Bench"));
+
+    QCOMPARE(Ask({"disconnect"}), QByteArray("OK\n"));
+    QTRY_VERIFY2(!Ask({"status"}).contains("wpa_state=COMPLETED"), Ask({"status"}).constData());
+    Press(m_page.get(), "btnRef");
+    QCOMPARE(status->text(), QString("Disconnect"));
 }
 
 void WpaSupplicantTest::simulatedOneJoinsWhatItHasTheKeyOf_data()

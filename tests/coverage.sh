@@ -15,5 +15,5 @@ find build/coverage -name '*.gcda' -delete
 echo "Running the tests; this takes about 3 minutes"
 ctest --preset coverage -j "$(($(nproc) + 1))"
 echo "Of the product's lines at least $least % must have been run"
-gcovr --root . --filter protocols/ --filter frame/ --filter instruments/ --filter pages/ \
+gcovr --root . --filter protocols/ --filter texts/ --filter frame/ --filter instruments/ --filter pages/ \
     --fail-under-line "$least" --print-summary build/coverage

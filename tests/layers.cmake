@@ -11,7 +11,7 @@ function(must_not_include layer header)
         PASS_REGULAR_EXPRESSION "fatal error: ${header}: No such file")
 endfunction()
 
-must_not_include(MoskProtocols frame/MoskSettings.h)
+must_not_include(MoskProtocols texts/MoskSettings.h)
 must_not_include(MoskTexts instruments/Shell.h)
 must_not_include(MoskInstruments pages/BasicTester.h)
 must_not_include(MoskPages frame/MoskTester.h)

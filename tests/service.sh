@@ -1,14 +1,15 @@
 #!/bin/bash
 # The service's scripts on the simulated board:
 #
-#   service.sh SERVICE-FOLDER
+#   service.sh SERVICE-FOLDER PROGRAM
 #
 # shellcheck disable=SC2016,SC2317 # what is quoted is for later; the functions are called by check
 set -eu
 
 service=$1
+program=$2
 failures=0
-"$BOARD_HOME/apply" <<<"port ttyS5 controller"
+make-board <<<"port ttyS5 controller"
 mkdir -p /etc/default
 cp "$service/mosktest.default" /etc/default/mosktest
 
@@ -115,22 +116,30 @@ rm /run/board/tools/ip
 
 put_tool mount <<'TEXT'
 [ ! -e /run/board/no-file-system ] || exit 32
+[ ! -e /run/board/no-journal ] || [[ $* != *noload* ]] || exit 32
 TEXT
 put_tool umount </dev/null
+put_tool blockdev </dev/null
 plug() {
     ACTION=add "$@" "$service/prepare-board" hotplug
 }
-mounted_read_only() {
-    called "mount -o ro\\,nosuid\\,nodev\\,noexec $1 /mnt/${1#/dev/}"
+# The commas are quoted.
+called_with_options() {
+    called "${1//,/\\,}"
 }
 unplug() {
     ACTION=remove "$@" "$service/prepare-board" hotplug
 }
 : >/run/board/calls
 plug env DEVNAME=/dev/sda1
-check "udev's stick is mounted read-only" mounted_read_only /dev/sda1
+check "udev's stick is mounted read-only, its journal left alone" called_with_options \
+    "mount -o ro,nosuid,nodev,noexec,noload /dev/sda1 /mnt/sda1"
+check "the stick itself refuses what a driver would write" called "blockdev --setro /dev/sda1"
+check "it is mounted once" eval '[ "$(grep -c ^mount /run/board/calls)" -eq 1 ]'
+touch /run/board/no-journal
 plug env MDEV=mmcblk1p1
-check "mdev's card is mounted" mounted_read_only /dev/mmcblk1p1
+check "mdev's card, of a file system without a journal, is mounted" called_with_options \
+    "mount -o ro,nosuid,nodev,noexec /dev/mmcblk1p1 /mnt/mmcblk1p1"
 unplug env DEVNAME=/dev/sda1
 check "the stick's folder goes with it" test ! -e /mnt/sda1
 : >/run/board/calls
@@ -142,6 +151,72 @@ check "the board's own eMMC and what is no stick are left alone" never_called mo
 touch /run/board/no-file-system
 plug env DEVNAME=/dev/sdb
 check "a disk without a file system leaves no folder" test ! -e /mnt/sdb
+rm /run/board/no-file-system
+
+# What the kernel tells about a disk of one partition. The board's /sys is this machine's.
+/usr/bin/mount -t tmpfs tmpfs /sys/class/block
+mkdir -p /sys/class/block/sdc/sdc1
+touch /sys/class/block/sdc/sdc1/partition
+: >/run/board/calls
+plug env DEVNAME=/dev/sdc
+check "a disk with partitions is left alone" never_called mount
+plug env DEVNAME=/dev/sdc1
+check "its partition is mounted" called_with_options \
+    "mount -o ro,nosuid,nodev,noexec /dev/sdc1 /mnt/sdc1"
+
+# The same where systemd runs.
+mkdir -p /run/systemd/system
+put_tool systemd-mount </dev/null
+put_tool udevadm <<'TEXT'
+cat /run/board/udev
+TEXT
+under_systemd() {
+    called_with_options "systemd-mount --quiet --no-block --collect --fsck=no\
+ --property=LazyUnmount=yes --options=$1"
+}
+: >/run/board/calls
+plug env DEVNAME=/dev/sda1 ID_FS_USAGE=filesystem ID_FS_TYPE=ext4
+check "systemd mounts a stick without a check, its journal left alone" under_systemd \
+    "ro,nosuid,nodev,noexec,noload /dev/sda1 /mnt/sda1"
+printf 'ID_FS_TYPE=vfat\nID_FS_USAGE=filesystem\n' >/run/board/udev
+plug env DEVNAME=/dev/sdb1
+check "what was there before is asked of udev" under_systemd \
+    "ro,nosuid,nodev,noexec /dev/sdb1 /mnt/sdb1"
+: >/run/board/calls
+: >/run/board/udev
+plug env DEVNAME=/dev/sdb
+plug env DEVNAME=/dev/sdc ID_FS_USAGE=filesystem ID_FS_TYPE=iso9660
+check "a disk without a file system, or with partitions, is left alone" never_called systemd-mount
+mkdir /mnt/sda1
+unplug env DEVNAME=/dev/sda1
+check "systemd is asked to unmount what is pulled" called \
+    "systemd-mount --quiet --umount /mnt/sda1"
+check "the folder goes with it" test ! -e /mnt/sda1
+: >/run/board/calls
+unplug env DEVNAME=/dev/sdc
+check "what was not mounted is not unmounted" never_called systemd-mount
+rmdir /run/systemd/system
+
+# --- The terminal given back to getty ---
+
+put_tool systemctl <<'TEXT'
+[ "$1" != list-jobs ] || cat /run/board/jobs
+TEXT
+# given_back RESULT JOBS: what systemd says of the program's end, and what it is doing.
+given_back() {
+    echo "$2" >/run/board/jobs
+    : >/run/board/calls
+    SERVICE_RESULT=$1 "$service/return-terminal"
+    called "systemctl --no-block --job-mode=fail start getty.target"
+}
+check "getty comes back when the service is stopped" \
+    given_back success "7 mosktest.service stop running"
+check "even when the program had to be killed" \
+    given_back timeout "7 mosktest.service stop running"
+check "and when the program has ended by itself" given_back success ""
+check "not when it is started again after a crash" eval '! given_back core-dump ""'
+check "not when it is started again by hand" eval \
+    '! given_back success "7 mosktest.service restart running"'
 
 # --- The program kept running ---
 
@@ -158,10 +233,13 @@ sed -i 's/^QT_QPA_PLATFORM=.*/QT_QPA_PLATFORM=vnc:size=800x480/' /etc/default/mo
 starts() {
     [ -e /tmp/starts ] && [ "$(wc -l </tmp/starts)" -eq "$1" ]
 }
+keep_running() {
+    "$service/keep-running" "$@" 2>/dev/null &
+    keeper=$!
+}
 keep() {
     : >/tmp/starts
-    "$service/keep-running" /tmp/program 2>/dev/null &
-    keeper=$!
+    keep_running /tmp/program
     within 10 starts 1
 }
 is_over() {
@@ -189,6 +267,60 @@ keep
 kill "$(cut -d' ' -f1 /tmp/starts)"
 check "a program that ends by itself stays so" within 10 is_over
 
+# --- The page that is opened at the start, and what runs beside the program ---
+
+# settings LINE...: what the settings have beside the shipped ones.
+settings() {
+    cp "$service/mosktest.default" /etc/default/mosktest
+    printf '%s\n' QT_QPA_PLATFORM=vnc:size=800x480 "$@" >>/etc/default/mosktest
+}
+shows() {
+    local list
+    list=$(OPERATOR_SOCKET=/run/mosktest/operator operate list "$1" 2>/dev/null) && [ -n "$list" ]
+}
+start_program() {
+    settings "$@"
+    : >/tmp/log
+    keep_running "$service/run-program" "$program"
+}
+stop_program() {
+    kill "$keeper"
+    within 20 is_over
+}
+put_tool gst-inspect-1.0 <<'TEXT'
+echo "$XDG_CACHE_HOME $(nice)" >/tmp/gst
+TEXT
+
+start_program PAGE=production
+check "the page of the settings is opened" within 30 shows ToolProductionTest
+check "GStreamer lists its plug-ins where the program looks for the list, and has time" \
+    grep -qx "/var/cache/mosktest $(nice -n 19 nice)" /tmp/gst
+/usr/bin/killall -SEGV "${program##*/}"
+check "a crash" within 20 grep -q "starting it again" /tmp/log
+check "the page is opened again after it" within 30 shows ToolProductionTest
+stop_program
+start_program PAGE=nonsense
+check "a page that is none is told in the log" within 30 grep -qx \
+    "PAGE=nonsense in /etc/default/mosktest opens no page" /tmp/log
+check "and the home page is on show" shows StartPage
+stop_program
+rm /run/board/tools/gst-inspect-1.0
+
+# run NAME=VALUE...: what a program is told.
+run() {
+    env XDG_RUNTIME_DIR=/run/mosktest "$@" "$service/run-program" env 2>&1
+}
+check "without a page nothing is added" eval '! run PAGE= | grep PLUGINS'
+check "the operator joins the other plug-ins" eval \
+    'run PAGE=can QT_QPA_GENERIC_PLUGINS=evdevtouch:/dev/input/event0 |
+        grep -qx "QT_QPA_GENERIC_PLUGINS=evdevtouch:/dev/input/event0,operator:/run/mosktest/operator"'
+check "an operator that is there already is no other" eval \
+    'run PAGE=can QT_QPA_GENERIC_PLUGINS=operator:/tmp/operator,tuio |
+        grep -qx QT_QPA_GENERIC_PLUGINS=operator:/tmp/operator,tuio'
+check "a page without the operator's package is told" eval \
+    'run PAGE=can PATH=/usr/bin | grep -q "^PAGE=can .* needs mosktest-operator"'
+
+settings
 printf 'exit 1\n' | put_tool logger
 keep
 kill -SEGV "$(cut -d' ' -f1 /tmp/starts)" || true

@@ -1,6 +1,6 @@
 #include "simulated-board/cameras/CameraPlugin.h"
 
-#include "simulated-board/cameras/CameraList.h"
+#include "simulated-board/BoardDescription.h"
 #include "simulated-board/cameras/CameraService.h"
 
 QMediaService* CameraPlugin::create(const QString& key)
@@ -17,9 +17,9 @@ QList<QByteArray> CameraPlugin::devices(const QByteArray& service) const
 {
     QList<QByteArray> devices;
     if (service == Q_MEDIASERVICE_CAMERA) {
-        const QVector<BoardCamera> cameras = CamerasOfTheBoard();
-        for (const BoardCamera& camera : cameras) {
-            devices.append(camera.device);
+        const QList<BoardDescription::Camera> cameras = OwnDescription().cameras;
+        for (const BoardDescription::Camera& camera : cameras) {
+            devices.append(camera.device.toUtf8());
         }
     }
     return devices;
@@ -27,10 +27,10 @@ QList<QByteArray> CameraPlugin::devices(const QByteArray& service) const
 
 QString CameraPlugin::deviceDescription(const QByteArray& /*service*/, const QByteArray& device)
 {
-    const QVector<BoardCamera> cameras = CamerasOfTheBoard();
-    for (const BoardCamera& camera : cameras) {
-        if (camera.device == device) {
-            return camera.description;
+    const QList<BoardDescription::Camera> cameras = OwnDescription().cameras;
+    for (const BoardDescription::Camera& camera : cameras) {
+        if (camera.device.toUtf8() == device) {
+            return camera.name;
         }
     }
     return {};

@@ -18,29 +18,29 @@ const QSize pictureSize(640, 480);
 const int millisecondsAFrame = 40;
 
 /// The devices of the open cameras.
-QSet<QByteArray>& OpenCameras()
+QSet<QString>& OpenCameras()
 {
-    static QSet<QByteArray> s_devices;
+    static QSet<QString> s_devices;
     return s_devices;
 }
 
-void Note(const QByteArray& what, const QByteArray& device)
+void Note(const QString& what, const QString& device)
 {
     QFile notes("/run/board/received/cameras");
     if (notes.open(QIODevice::WriteOnly | QIODevice::Append)) {
-        notes.write(what + ' ' + device + '\n');
+        notes.write((what + ' ' + device + '\n').toUtf8());
     }
 }
 
 } // namespace
 
-CameraSelector::CameraSelector() : m_cameras(CamerasOfTheBoard()) {}
+CameraSelector::CameraSelector() : m_cameras(OwnDescription().cameras) {}
 
-BoardCamera CameraSelector::Selected() const
+BoardDescription::Camera CameraSelector::Selected() const
 {
-    const QByteArray device = m_cameras.value(m_selected).device;
-    const QVector<BoardCamera> cameras = CamerasOfTheBoard();
-    for (const BoardCamera& camera : cameras) {
+    const QString device = m_cameras.value(m_selected).device;
+    const QList<BoardDescription::Camera> cameras = OwnDescription().cameras;
+    for (const BoardDescription::Camera& camera : cameras) {
         if (camera.device == device) {
             return camera;
         }
@@ -60,7 +60,7 @@ QString CameraSelector::deviceName(int index) const
 
 QString CameraSelector::deviceDescription(int index) const
 {
-    return m_cameras.value(index).description;
+    return m_cameras.value(index).name;
 }
 
 int CameraSelector::defaultDevice() const
@@ -171,30 +171,30 @@ bool CameraSwitch::canChangeProperty(PropertyChangeType /*change*/,
 
 void CameraSwitch::OnFrame()
 {
-    const BoardCamera camera = m_selector.Selected();
+    const BoardDescription::Camera camera = m_selector.Selected();
     if (camera.device.isEmpty()) {
         Close();
         SetStatus(QCamera::UnavailableStatus);
         emit error(QCamera::CameraError, "No such device");
         return;
     }
-    m_renderer.Show(camera.colour);
+    m_renderer.Show(camera.colour == "any" ? "#808080" : camera.colour);
 }
 
 bool CameraSwitch::Open()
 {
-    const BoardCamera camera = m_selector.Selected();
+    const BoardDescription::Camera camera = m_selector.Selected();
     if (camera.device.isEmpty()) {
         emit error(QCamera::CameraError, "No such device");
         return false;
     }
-    if (!camera.colour.isValid() || OpenCameras().contains(camera.device)) {
+    if (camera.colour == "busy" || OpenCameras().contains(camera.device)) {
         emit error(QCamera::CameraError, "Device or resource busy");
         return false;
     }
     m_openDevice = camera.device;
     OpenCameras().insert(m_openDevice);
-    m_descriptor = open("/run/board/cameras", O_RDONLY | O_CLOEXEC);
+    m_descriptor = open(ownDescriptionPath, O_RDONLY | O_CLOEXEC);
     Note("open", m_openDevice);
     m_frames.start(millisecondsAFrame);
     return true;

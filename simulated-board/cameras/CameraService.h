@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulated-board/cameras/CameraList.h"
+#include "simulated-board/BoardDescription.h"
 
 #include <QAbstractVideoSurface>
 #include <QCameraControl>
@@ -18,8 +18,8 @@ class CameraSelector : public QVideoDeviceSelectorControl
 public:
     CameraSelector();
 
-    /// The chosen camera; invalid when it has been unplugged.
-    BoardCamera Selected() const;
+    /// The chosen camera; without a device when it has been unplugged.
+    BoardDescription::Camera Selected() const;
 
     int deviceCount() const override;
     QString deviceName(int index) const override;
@@ -29,7 +29,7 @@ public:
     void setSelectedDevice(int index) override;
 
 private:
-    const QVector<BoardCamera> m_cameras;
+    const QList<BoardDescription::Camera> m_cameras;
     int m_selected = 0;
 };
 
@@ -79,7 +79,7 @@ private:
     CameraSelector& m_selector;
     CameraRenderer& m_renderer;
     QTimer m_frames;
-    QByteArray m_openDevice;
+    QString m_openDevice;
     int m_descriptor = -1;
     QCamera::State m_state = QCamera::UnloadedState;
     QCamera::Status m_status = QCamera::UnloadedStatus;

@@ -119,7 +119,7 @@ void WriteErase(Writer& log)
     log.TornLine("successed in erasing flash", "", log.Blank());
 }
 
-void WritePart(Writer& log, const std::string& name, int blocks)
+void WritePart(Writer& log, const std::string& name, int blocks, bool succeeds = true)
 {
     log.Line(Writer::Loader, "begin to download part " + name);
     for (int i = 0; i < blocks; ++i) {
@@ -142,7 +142,8 @@ void WritePart(Writer& log, const std::string& name, int blocks)
         }
     }
     log.Progress("part " + name);
-    log.Line(Writer::Loader, "successed in download part " + name + log.Blank());
+    log.Line(Writer::Loader, succeeds ? "successed in download part " + name + log.Blank()
+                                      : "download part " + name + " fail");
 }
 
 void WriteSelfTest(Writer& log, bool passes)
@@ -164,17 +165,17 @@ std::string FlashingLog(const FlashingRun& run)
     WritePart(log, "boot-resource", 60);
     WritePart(log, "env", 5);
     WritePart(log, "boot", 120);
-    WritePart(log, "rootfs", 640);
+    WritePart(log, "rootfs", 640, run.outcome != FlashingRun::Outcome::NoRootfs);
     if (run.outcome == FlashingRun::Outcome::Stuck) {
         log.Line(Writer::Loader, "begin to download uboot");
         return log.Take();
     }
     log.Line(Writer::Loader, "verify part rootfs, err 0, fail 0");
-    if (run.outcome == FlashingRun::Outcome::Good) {
+    if (run.outcome == FlashingRun::Outcome::NoUboot) {
+        log.Line(Writer::Loader, "download uboot fail");
+    } else {
         log.Line(Writer::Loader, "successed in downloading uboot" + log.Blank());
         log.Line(Writer::Loader, "successed in downloading boot0");
-    } else {
-        log.Line(Writer::Loader, "download uboot fail");
     }
     log.Line(Writer::Loader, "sprite success" + log.Blank());
     WriteSelfTest(log, run.selfTestPasses);

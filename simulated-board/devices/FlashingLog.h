@@ -5,9 +5,10 @@
 /// A run of the tool that flashes a board, and the self-test of the board after it.
 struct FlashingRun {
     enum class Outcome {
-        Good,    ///< all of it, then the self-test, then the board goes off
-        NoUboot, ///< reports success although the U-Boot was never downloaded
-        Stuck,   ///< stops in the middle without a word, as failing runs do
+        Good,     ///< all of it, then the self-test, then the board goes off
+        NoRootfs, ///< reports success although the root file system was never downloaded
+        NoUboot,  ///< reports success although the U-Boot was never downloaded
+        Stuck,    ///< stops in the middle without a word, as failing runs do
     };
 
     Outcome outcome = Outcome::Good;

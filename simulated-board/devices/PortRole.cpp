@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+#include <tuple>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -89,13 +91,13 @@ public:
     void Run(int master) override { WriteAll(master, ReadSome(master)); }
 };
 
-/// Prints the log of a board that is put on the bench when the port has been opened and cleared,
-/// and of another board after a silence. It waits for a slow reader, so that a busy machine loses
-/// nothing.
+/// Prints the log of the first board, which is put on the bench when the port has been opened and
+/// cleared, and after a silence that of the next one. It waits for a slow reader, so that a busy
+/// machine loses nothing.
 class Log : public PortRole
 {
 public:
-    explicit Log(const FlashingRun& run) : m_log(FlashingLog(run)) {}
+    explicit Log(const std::vector<FlashingRun>& runs) : m_runs(runs) {}
 
     void Run(int master) override
     {
@@ -106,14 +108,19 @@ public:
         const std::size_t chunk = 115;
         while (!IsCleared(master, -1)) {
         }
+        std::size_t board = 0;
+        std::string log = FlashingLog(m_runs[board]);
         for (std::size_t at = 0;;) {
-            const std::string part = m_log.substr(at, chunk);
+            const std::string part = log.substr(at, chunk);
             const ssize_t written = write(master, part.data(), part.size());
             Check(written, "write");
             at += written > 0 ? static_cast<std::size_t>(written) : 0;
-            const bool isOver = at >= m_log.size();
-            if (IsCleared(master, isOver ? 5000 : 10) || isOver) {
+            const bool isOver = at >= log.size();
+            const bool isCleared = IsCleared(master, isOver ? 5000 : 10);
+            if (isCleared || isOver) {
                 at = 0;
+                board = isCleared ? 0 : (board + 1) % m_runs.size();
+                log = FlashingLog(m_runs[board]);
             }
         }
     }
@@ -137,26 +144,8 @@ private:
         }
     }
 
-    std::string m_log;
+    std::vector<FlashingRun> m_runs;
 };
-
-FlashingRun RunOf(const std::vector<std::string>& arguments)
-{
-    FlashingRun run;
-    if (arguments.empty() || arguments[0] == "good") {
-        return run;
-    }
-    if (arguments[0] == "no-uboot") {
-        run.outcome = FlashingRun::Outcome::NoUboot;
-    } else if (arguments[0] == "stuck") {
-        run.outcome = FlashingRun::Outcome::Stuck;
-    } else if (arguments[0] == "bad") {
-        run.selfTestPasses = false;
-    } else {
-        throw std::invalid_argument("no such log");
-    }
-    return run;
-}
 
 class Modem : public PortRole
 {
@@ -174,6 +163,50 @@ public:
         }
     }
 };
+
+template <typename Device>
+std::unique_ptr<PortRole> New()
+{
+    return std::make_unique<Device>();
+}
+
+using Make = std::unique_ptr<PortRole> (*)();
+
+/// By name; null for a log, which takes arguments.
+const std::pair<const char*, Make> roles[] = {
+    {"loopback", New<Loopback>},     // a plug that returns every byte
+    {"echo", New<Echo>},             // answers each line with "echo: " and the line
+    {"flood", New<Flood>},           // sends as fast as it is read, without line ends
+    {"vanishing", New<Vanishing>},   // an adapter that returns some bytes and is then unplugged
+    {"modem", New<Modem>},           // its AT port; records its input in received/modem
+    {"controller", New<Controller>}, // the companion controller with the buzzer and the clock
+    {"log", nullptr},                // boards that are being flashed, each in its turn
+    {"nothing", New<Nothing>},       // bytes to it are lost
+};
+
+/// By name: how the flashing ends, and whether the self-test passes.
+const std::pair<const char*, std::pair<FlashingRun::Outcome, bool>> logs[] = {
+    {"good", {FlashingRun::Outcome::Good, true}},
+    {"bad", {FlashingRun::Outcome::Good, false}},
+    {"no-rootfs", {FlashingRun::Outcome::NoRootfs, true}},
+    {"no-uboot", {FlashingRun::Outcome::NoUboot, true}},
+    {"stuck", {FlashingRun::Outcome::Stuck, true}},
+};
+
+/// What a table has by that name. The refusal of another name ends with those that there are.
+template <typename Value, std::size_t count>
+const Value& Find(const std::pair<const char*, Value> (&table)[count], const std::string& name,
+                  const std::string& refusal)
+{
+    std::string names;
+    for (const auto& [known, value] : table) {
+        if (known == name) {
+            return value;
+        }
+        names += (names.empty() ? "" : ", ") + std::string(known);
+    }
+    throw std::invalid_argument('"' + name + "\" is " + refusal + names);
+}
 
 } // namespace
 
@@ -193,29 +226,18 @@ std::string ReadSome(int descriptor)
 std::unique_ptr<PortRole> MakePortRole(const std::string& name,
                                        const std::vector<std::string>& arguments)
 {
-    if (name == "loopback") {
-        return std::make_unique<Loopback>();
+    const Make make = Find(roles, name, "no role: it takes one of ");
+    std::vector<FlashingRun> runs;
+    for (const std::string& argument : arguments) {
+        FlashingRun run;
+        std::tie(run.outcome, run.selfTestPasses) = Find(logs, argument, "unknown: a log takes ");
+        runs.push_back(run);
     }
-    if (name == "echo") {
-        return std::make_unique<Echo>();
+    if (make == nullptr) {
+        return std::make_unique<Log>(runs.empty() ? std::vector<FlashingRun>(1) : runs);
     }
-    if (name == "nothing") {
-        return std::make_unique<Nothing>();
+    if (!arguments.empty()) {
+        throw std::invalid_argument('"' + arguments[0] + "\" is unknown: only a log takes any");
     }
-    if (name == "flood") {
-        return std::make_unique<Flood>();
-    }
-    if (name == "vanishing") {
-        return std::make_unique<Vanishing>();
-    }
-    if (name == "log") {
-        return std::make_unique<Log>(RunOf(arguments));
-    }
-    if (name == "modem") {
-        return std::make_unique<Modem>();
-    }
-    if (name == "controller") {
-        return std::make_unique<Controller>();
-    }
-    throw std::invalid_argument("no such role");
+    return make();
 }

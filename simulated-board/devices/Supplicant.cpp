@@ -1,7 +1,7 @@
 #include "simulated-board/devices/Supplicant.h"
 
+#include "simulated-board/BoardDescription.h"
 #include "simulated-board/Escapes.h"
-#include "simulated-board/devices/Air.h"
 
 #include <QNetworkInterface>
 #include <QSaveFile>
@@ -45,12 +45,14 @@ QByteArray Frequency(int place)
 QByteArray ListTheAir()
 {
     QByteArray list;
-    const QList<Station> air = StationsInTheAir();
+    const QList<BoardDescription::Network> air = OwnDescription().networks;
     for (int i = 0; i < air.size(); ++i) {
-        const QByteArray flags = air[i].IsOpen() ? "[ESS]" : "[WPA2-PSK-CCMP][ESS]";
+        const QByteArray signal = air[i].signal.isEmpty() ? "-50" : air[i].signal.toLatin1();
+        const bool isOpen = air[i].passphrase.isEmpty();
+        const QByteArray flags = isOpen ? "[ESS]" : "[WPA2-PSK-CCMP][ESS]";
         const QByteArray name = air[i].isHidden ? QByteArray() : Printed(air[i].name);
         const QByteArray line =
-            QByteArrayList{Bssid(i), Frequency(i), air[i].signal, flags, name}.join('\t') + '\n';
+            QByteArrayList{Bssid(i), Frequency(i), signal, flags, name}.join('\t') + '\n';
         if (int(qstrlen(resultsHeader)) + list.size() + line.size() > longestReply) {
             break;
         }
@@ -172,12 +174,12 @@ Supplicant::Association Supplicant::Now() const
 
 Supplicant::Association Supplicant::Join(int id, const Network& network) const
 {
-    const QList<Station> air = StationsInTheAir();
+    const QList<BoardDescription::Network> air = OwnDescription().networks;
     for (int i = 0; i < air.size(); ++i) {
         const bool isHeard = !air[i].isHidden || network["scan_ssid"] == "1";
         const bool isOpen = network["key_mgmt"] == "NONE";
-        const bool hasKey = isOpen || network["psk"] == '"' + air[i].passphrase + '"';
-        if (isHeard && hasKey && isOpen == air[i].IsOpen() &&
+        const bool hasKey = isOpen || network["psk"] == '"' + air[i].passphrase.toUtf8() + '"';
+        if (isHeard && hasKey && isOpen == air[i].passphrase.isEmpty() &&
             network["ssid"] == KeptName(air[i].name)) {
             const bool isOnTheWay = air[i].isSlow && !m_enabled.hasExpired(slowJoinTime);
             return {isOnTheWay ? "ASSOCIATING" : "COMPLETED",
@@ -224,7 +226,7 @@ QByteArray Supplicant::ScanResults()
 /// Takes over the results of a scan whose time is over. Until then the older results are listed.
 void Supplicant::TakeScanOver()
 {
-    if (m_scan.isValid() && m_scan.elapsed() >= ScanTime()) {
+    if (m_scan.isValid() && m_scan.elapsed() >= OwnDescription().scanSeconds * 1000) {
         m_results = ListTheAir();
         m_scan.invalidate();
     }

@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <QKeySequence>
 #include <QStyleHints>
+#include <QWheelEvent>
 #include <QWindow>
 #include <qpa/qwindowsysteminterface_p.h>
 
@@ -37,6 +38,12 @@ void Finger::Tap(QWindow* window, const QPoint& place)
     send(Qt::NoButton, Qt::LeftButton, QEvent::MouseButtonRelease);
 }
 
+void Finger::TurnWheel(QWindow* window, const QPoint& place, int notches)
+{
+    const QPoint angle(0, notches * QWheelEvent::DefaultDeltasPerStep);
+    Driver::handleWheelEvent(window, place, window->mapToGlobal(place), QPoint(), angle);
+}
+
 void Finger::PressKey(QWindow* window, int key, Qt::KeyboardModifiers modifiers,
                       const QString& text)
 {
@@ -44,6 +51,11 @@ void Finger::PressKey(QWindow* window, int key, Qt::KeyboardModifiers modifiers,
                                                          text);
     Driver::handleKeyEvent<Driver::AsynchronousDelivery>(window, QEvent::KeyRelease, key, modifiers,
                                                          text);
+    if (key == Qt::Key_Menu) {
+        const QPoint corner;
+        Driver::handleContextMenuEvent(window, false, corner, window->mapToGlobal(corner),
+                                       modifiers);
+    }
 }
 
 void Finger::Type(QWindow* window, const QString& text)

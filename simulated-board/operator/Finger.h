@@ -13,7 +13,11 @@ public:
     /// Taps a place of a window: moves there, presses and releases.
     static void Tap(QWindow* window, const QPoint& place);
 
-    /// Presses and releases one key.
+    /// Turns the wheel of a mouse over a place of a window, by notches; away from the user if
+    /// positive.
+    static void TurnWheel(QWindow* window, const QPoint& place, int notches);
+
+    /// Presses and releases one key. The menu key asks for a context menu, as on an X server.
     static void PressKey(QWindow* window, int key, Qt::KeyboardModifiers modifiers,
                          const QString& text);
 

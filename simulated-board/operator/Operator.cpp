@@ -17,7 +17,9 @@ Operator::Operator(const QString& socketPath) : m_socketPath(socketPath) {}
 
 QString Operator::DefaultSocketPath()
 {
-    return qEnvironmentVariable("OPERATOR_SOCKET", "/run/board/operator");
+    return qEnvironmentVariable("OPERATOR_SOCKET", QFile::exists("/run/board")
+                                                       ? "/run/board/operator"
+                                                       : "/run/mosktest/operator");
 }
 
 bool Operator::Connect(int limitMs)
@@ -109,6 +111,11 @@ bool Operator::SetText(const QString& widget, const QString& text)
     return Do({{"do", "type"}, {"widget", widget}, {"text", text}});
 }
 
+bool Operator::TurnWheel(const QString& widget, int notches)
+{
+    return Do({{"do", "wheel"}, {"widget", widget}, {"notches", notches}});
+}
+
 bool Operator::PressKey(const QString& key)
 {
     return Do({{"do", "key"}, {"key", key}});
@@ -122,6 +129,16 @@ bool Operator::PressBoxButton(const QString& button)
 bool Operator::OpenPage(int id)
 {
     return Do({{"do", "page"}, {"page", id}});
+}
+
+bool Operator::OpenPage(const QString& name)
+{
+    return Do({{"do", "page"}, {"page", name}});
+}
+
+QJsonArray Operator::Pages()
+{
+    return Ask({{"do", "pages"}}).toArray();
 }
 
 bool Operator::Resize(int width, int height)

@@ -21,7 +21,8 @@ class Operator
 public:
     explicit Operator(const QString& socketPath = DefaultSocketPath());
 
-    /// The socket of the program on the simulated board, or the value of OPERATOR_SOCKET.
+    /// Where the service's program listens, or that of the simulated board if this is one, or the
+    /// value of OPERATOR_SOCKET.
     static QString DefaultSocketPath();
 
     /// Waits until the program is up and shows its first page.
@@ -53,6 +54,8 @@ public:
     bool Click(const QString& widget);
     bool ClickAt(const QString& widget, const QPoint& place);
     bool ClickTab(const QString& widget, int index);
+    /// Turns a mouse's wheel over a widget, by notches; away from the user if positive.
+    bool TurnWheel(const QString& widget, int notches);
     /// Chooses an item of a combo box.
     bool Choose(const QString& widget, int index);
     bool Choose(const QString& widget, const QString& item);
@@ -63,6 +66,10 @@ public:
     /// Presses a button of the open box, by its role ("Yes", "No", "Ok") or the text on it.
     bool PressBoxButton(const QString& button);
     bool OpenPage(int id);
+    bool OpenPage(const QString& name);
+    /// The program's pages, each with its "id", its "name" and its "tab": its place in the menu,
+    /// or -1.
+    QJsonArray Pages();
     bool Resize(int width, int height);
 
     /// Waits until the program has no more work to do.

@@ -13,6 +13,7 @@
 #include <QKeySequence>
 #include <QLocalSocket>
 #include <QMainWindow>
+#include <QMap>
 #include <QMessageBox>
 #include <QMetaEnum>
 #include <QTabBar>
@@ -20,6 +21,7 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <algorithm>
 #include <climits>
 
 namespace
@@ -203,36 +205,25 @@ OperatorServer::Outcome OperatorServer::Serve(Request& request)
     if (what == "type") {
         return Type(request);
     }
-    const QJsonObject& wish = request.wish;
-    if (what == "text" || what == "property" || what == "items" || what == "cells") {
-        return Read(wish);
-    }
-    if (what == "list") {
-        return List(wish);
-    }
-    if (what == "click") {
-        return Tap(wish);
-    }
-    if (what == "tab") {
-        return TapTab(wish);
-    }
-    if (what == "choose") {
-        return Choose(wish);
-    }
-    if (what == "press") {
-        return PressBoxButton(wish);
-    }
-    if (what == "key") {
-        return PressKey(wish);
-    }
-    if (what == "page") {
-        return OpenPage(wish);
-    }
-    if (what == "resize") {
-        return Resize(wish);
-    }
-    if (what == "screenshot") {
-        return Screenshot();
+    static const QMap<QString, Outcome (*)(const QJsonObject&)> s_services{
+        {"text", Read},
+        {"property", Read},
+        {"items", Read},
+        {"cells", Read},
+        {"list", List},
+        {"click", Tap},
+        {"tab", TapTab},
+        {"wheel", TurnWheel},
+        {"choose", Choose},
+        {"press", PressBoxButton},
+        {"key", PressKey},
+        {"page", OpenPage},
+        {"pages", ListPages},
+        {"resize", Resize},
+        {"screenshot", Screenshot},
+    };
+    if (s_services.contains(what)) {
+        return s_services[what](request.wish);
     }
     return Failure(QString("cannot do \"%1\"").arg(what));
 }
@@ -365,6 +356,23 @@ OperatorServer::Outcome OperatorServer::TapTab(const QJsonObject& wish)
     return outcome;
 }
 
+OperatorServer::Outcome OperatorServer::TurnWheel(const QJsonObject& wish)
+{
+    Outcome outcome;
+    QWidget* widget = WidgetFinder::Find(wish["widget"].toString(), &outcome.error);
+    if (widget == nullptr) {
+        return outcome;
+    }
+    const QPoint centre = widget->rect().center();
+    const QString reason = WhyOutOfReach(widget, centre);
+    if (!reason.isEmpty()) {
+        return Failure(Named(wish, reason));
+    }
+    Finger::TurnWheel(widget->window()->windowHandle(), widget->mapTo(widget->window(), centre),
+                      wish["notches"].toInt());
+    return outcome;
+}
+
 OperatorServer::Outcome OperatorServer::Choose(const QJsonObject& wish)
 {
     Outcome outcome;
@@ -428,6 +436,18 @@ OperatorServer::Outcome OperatorServer::PressKey(const QJsonObject& wish)
     return {};
 }
 
+OperatorServer::Outcome OperatorServer::ListPages(const QJsonObject& /*wish*/)
+{
+    Outcome outcome;
+    if (QWidget* body = WidgetFinder::Find("bodyWidget", &outcome.error)) {
+        QVariantList pages;
+        QMetaObject::invokeMethod(body, "Pages", Q_RETURN_ARG(QVariantList, pages));
+        outcome.value = QJsonArray::fromVariantList(pages);
+    }
+    return outcome;
+}
+
+/// Opens a page, named by its id or its name.
 OperatorServer::Outcome OperatorServer::OpenPage(const QJsonObject& wish)
 {
     Outcome outcome;
@@ -435,14 +455,23 @@ OperatorServer::Outcome OperatorServer::OpenPage(const QJsonObject& wish)
     if (body == nullptr) {
         return outcome;
     }
-    if (!wish["page"].isDouble()) {
-        return Failure("\"page\" is no number");
+    int page = wish["page"].toInt(-1);
+    if (wish["page"].isString()) {
+        const QJsonArray pages = ListPages(wish).value.toArray();
+        const auto named =
+            std::find_if(pages.begin(), pages.end(),
+                         [&wish](const QJsonValue& each) { return each["name"] == wish["page"]; });
+        if (named == pages.end()) {
+            return Failure(QString("there is no page \"%1\"").arg(wish["page"].toString()));
+        }
+        page = (*named)["id"].toInt();
+    } else if (!wish["page"].isDouble()) {
+        return Failure("\"page\" is no number and no name");
     }
     // If a page is deleted while its own box runs an event loop, the program crashes.
     if (QApplication::activeModalWidget() != nullptr) {
         return Failure("a box is open");
     }
-    const int page = wish["page"].toInt();
     outcome.then = [body, page] {
         QMetaObject::invokeMethod(body, "OpenPage", Qt::DirectConnection, Q_ARG(int, page));
     };
@@ -460,7 +489,7 @@ OperatorServer::Outcome OperatorServer::Resize(const QJsonObject& wish)
     return {};
 }
 
-OperatorServer::Outcome OperatorServer::Screenshot()
+OperatorServer::Outcome OperatorServer::Screenshot(const QJsonObject& /*wish*/)
 {
     QByteArray png;
     QBuffer buffer(&png);

@@ -67,12 +67,14 @@ private:
     static Outcome List(const QJsonObject& wish);
     static Outcome Tap(const QJsonObject& wish);
     static Outcome TapTab(const QJsonObject& wish);
+    static Outcome TurnWheel(const QJsonObject& wish);
     static Outcome Choose(const QJsonObject& wish);
     static Outcome PressBoxButton(const QJsonObject& wish);
     static Outcome PressKey(const QJsonObject& wish);
+    static Outcome ListPages(const QJsonObject& wish);
     static Outcome OpenPage(const QJsonObject& wish);
     static Outcome Resize(const QJsonObject& wish);
-    static Outcome Screenshot();
+    static Outcome Screenshot(const QJsonObject& wish);
 
     QLocalServer m_server;
     QList<Request> m_waiting;

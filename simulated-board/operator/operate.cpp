@@ -9,7 +9,7 @@ namespace
 const char* const usage =
     R"(Usage: operate COMMAND [ARGUMENT]...
 Looks into the running program and drives it, through the socket OPERATOR_SOCKET
-(/run/board/operator). WIDGET is an object name or a class, with an index where several match, and
+(/run/mosktest/operator). WIDGET is an object name or a class, with an index where several match, and
 may name what it lies in first: btnUsbTest, QLineEdit[2], "bodyWidget QLineEdit[0]".
   wait                     waits until the program is up
   idle                     waits until the program has nothing left to do
@@ -24,7 +24,8 @@ may name what it lies in first: btnUsbTest, QLineEdit[2], "bodyWidget QLineEdit[
   type WIDGET TEXT         types in the place of what stands there
   key KEY                  presses a key: Return, Ctrl+A
   press BUTTON             presses a button of the open box: Yes, No, Ok, or the text on it
-  page ID                  opens a page
+  page PAGE                opens a page: its id, or its name
+  pages                    id and name of each page, and the number of its tab
   resize WIDTH HEIGHT      makes the window that size
   screenshot FILE          saves the screen as PNG
   wait-for WIDGET TEXT     waits up to 30 s until it shows the text
@@ -124,8 +125,22 @@ const Command commands[] = {
      }},
     {"page", 1, 0,
      [](Operator& program, const QStringList& words) {
-         program.OpenPage(words[0].toInt());
+         bool isId = false;
+         const int id = words[0].toInt(&isId);
+         isId ? program.OpenPage(id) : program.OpenPage(words[0]);
          return QString();
+     }},
+    {"pages", 0, 0,
+     [](Operator& program, const QStringList&) {
+         QStringList lines;
+         const QJsonArray pages = program.Pages();
+         for (const QJsonValue& page : pages) {
+             const int tab = page["tab"].toInt();
+             lines.append(QString("%1\t%2\t%3")
+                              .arg(page["id"].toInt())
+                              .arg(page["name"].toString(), tab < 0 ? "-" : QString::number(tab)));
+         }
+         return lines.join('\n');
      }},
     {"resize", 2, 0,
      [](Operator& program, const QStringList& words) {

@@ -40,11 +40,11 @@ void RingTheBuzzer(Tour& tour)
 /// Opens the touch test on the whole screen and puts a finger on its first place.
 void TouchTheScreen(Tour& tour)
 {
-    tour.Program().Click("btnTouchTest");
-    tour.Program().Click("toolTouchTest QPushButton[0]");
+    tour.Tap("btnTouchTest");
+    tour.Tap("toolTouchTest QPushButton[0]");
     tour.CheckText("touch test", "toolTouchTest QPushButton[80]", "81");
     tour.TakePicture("touch");
-    tour.Program().Click("toolTouchTest QPushButton[40]");
+    tour.Tap("toolTouchTest QPushButton[40]");
     tour.Check("touch test left", tour.Program().Count("toolTouchTest") == 0 ? "closed" : "open",
                "closed");
 }
@@ -52,7 +52,7 @@ void TouchTheScreen(Tour& tour)
 /// Reads the clock: the system's time, to the minute.
 void ReadTheClock(Tour& tour, const QString& check)
 {
-    tour.Program().Click("btnrRTCTest");
+    tour.Tap("btnrRTCTest");
     const QString shown = tour.Program().Text("bodyWidget QLineEdit[5]");
     const QDateTime now = QDateTime::currentDateTime();
     const bool isNow = qAbs(QDateTime::fromString(shown.trimmed(), timeFormat).secsTo(now)) < 60;
@@ -65,7 +65,7 @@ void SetTheClock(Tour& tour)
 {
     const QString now = QDateTime::currentDateTime().toString(timeFormat);
     tour.Type("bodyWidget QLineEdit[6]", now);
-    tour.Program().Click("btnwRTCTest");
+    tour.Tap("btnwRTCTest");
     ReadTheClock(tour, "set time");
     if (tour.Board().RoleOf("ttyS5") == "controller") {
         tour.CheckFile("controller's time", controllerState, "time " + now);
@@ -104,7 +104,7 @@ void VisitBasic(Tour& tour)
     // Number 0 is the board's own eMMC.
     const int cards = mmc.size() - mmc.count(0);
     tour.Press("USB", "btnUsbTest", "bodyWidget QLineEdit[0]",
-               CountText(tour, tour.Board().sticks, "Label_1000019"));
+               CountText(tour, tour.Board().sticks.size(), "Label_1000019"));
     tour.Press("SD card", "btnSdCardTest", "bodyWidget QLineEdit[1]",
                CountText(tour, cards, "Label_1000020"));
     RingTheBuzzer(tour);

@@ -39,7 +39,7 @@ void CheckPicture(Tour& tour, const QString& check, const QString& expected,
 
 void Close(Tour& tour)
 {
-    tour.Program().Click("btnclose");
+    tour.Tap("btnclose");
     CheckPicture(tour, "closed", black);
 }
 
@@ -49,7 +49,7 @@ void Watch(Tour& tour, const BoardDescription::Camera& camera)
         tour.Check(camera.name, "not in the list", "in the list");
         return;
     }
-    tour.Program().Click("btnopen");
+    tour.Tap("btnopen");
     if (camera.colour == "busy") {
         CheckPicture(tour, camera.name, black, "the camera is busy");
     } else {

@@ -21,17 +21,17 @@ std::optional<QString> AnswerOf(const QString& role, const QString& line)
 void TalkTo(Tour& tour, int port, const QString& answer, QString& view)
 {
     const QString com = QString("COM%1 ").arg(port);
-    tour.Program().Choose("bodyWidget QComboBox", port);
-    tour.Program().Click("btnOpenCom");
+    tour.Choose("bodyWidget QComboBox", port);
+    tour.Tap("btnOpenCom");
     if (tour.Program().Count("QMessageBox") > 0) {
         tour.Check(com + "open", tour.Program().Text("QMessageBox"), "");
-        tour.Program().PressBoxButton("Ok");
+        tour.Expect(com + "box", tour.Program().PressBoxButton("Ok"));
         return;
     }
     tour.CheckText(com + "open", "btnOpenCom", tour.Label("Label_1000305"));
     view += answer;
-    tour.Press(com + "send", "btnSendCom", "bodyWidget QTextEdit", view, 30000);
-    tour.Program().Click("btnOpenCom");
+    tour.Press(com + "send", "btnSendCom", "bodyWidget QTextEdit", view, tour.Patience());
+    tour.Tap("btnOpenCom");
     tour.CheckText(com + "close", "btnOpenCom", tour.Label("Label_1000301"));
 }
 
@@ -65,10 +65,10 @@ void VisitCan(Tour& tour)
     const QString view = "bodyWidget QTextEdit";
     tour.CheckText("closed", "btnOpenCom", tour.Label("Label_1000901"));
     tour.Press("open", "btnOpenCom", "btnOpenCom", tour.Label("Label_1000905"));
-    tour.Program().Click("btnSendCom");
+    tour.Tap("btnSendCom");
     if (tour.Board().buses.contains("can0")) {
         tour.Program().WaitForText(
-            view, [](const QString& text) { return !text.isEmpty(); }, 30000);
+            view, [](const QString& text) { return !text.isEmpty(); }, tour.Patience());
         tour.Check("receive", tour.Program().Text(view).isEmpty() ? "nothing" : "frames", "frames");
     } else {
         tour.CheckText("send", view, "", "nobody sends on the bus");

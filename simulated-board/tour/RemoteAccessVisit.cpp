@@ -45,10 +45,10 @@ void SetRemotePort(Tour& tour, const KeptFile& client, const QString& port)
 {
     const QByteArray before = client.Content();
     tour.Type(remotePort, port);
-    tour.Program().Click("bodyWidget QPushButton");
+    tour.Tap("bodyWidget QPushButton");
     tour.CheckText("set " + port, "QMessageBox", tour.Label("Label_1010006"));
     tour.TakePicture("remote-access-set-" + port);
-    tour.Program().PressBoxButton("Ok");
+    tour.Expect("set closed", tour.Program().PressBoxButton("Ok"));
     tour.Program().Idle();
     const QString shown = Changes(before, client.Content());
     tour.Check("file of the frp client", shown.simplified().remove(' '), "remote_port=" + port,

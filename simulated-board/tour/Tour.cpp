@@ -10,9 +10,8 @@
 namespace
 {
 
-/// How long to wait for what the program or a device does, in ms. A slow board takes long for it,
-/// and only a check that goes wrong waits so long.
-const int patienceMs = 30000;
+/// How long a call waits for the program's answer, in ms: longer than its longest check.
+const int answerMs = 60000;
 
 /// The program lists the languages in this order.
 const char* const languages[] = {"chinese", "english"};
@@ -58,7 +57,7 @@ Tour::Tour(const BoardDescription& board, const QString& folder,
     : m_board(board), m_folder(folder), m_isStopped(isStopped)
 {
     m_report.kernel = KernelOfTheBoard();
-    m_program.SetLimit(2 * patienceMs);
+    m_program.SetLimit(answerMs);
     m_program.SetStop(isStopped);
 }
 
@@ -73,7 +72,7 @@ bool Tour::IsSimulated()
     return QFileInfo("/run/host/etc").isDir();
 }
 
-bool Tour::Walk(const QList<Page>& pages)
+bool Tour::Walk(const QMap<QString, Visit>& visits, const QStringList& chosen)
 {
     m_walked.start();
     m_sinceLastCheck.start();
@@ -83,14 +82,14 @@ bool Tour::Walk(const QList<Page>& pages)
     }
     QString before;
     try {
-        if (!m_program.Connect(2 * patienceMs)) {
+        if (!m_program.Connect(answerMs)) {
             throw Ended{m_isStopped() ? QString(stopped) : m_program.Error()};
         }
         CloseBoxes();
         OpenHome();
         before = ChosenLanguage();
-        WalkIn("english", pages);
-        WalkIn("chinese", pages);
+        WalkIn("english", visits, chosen);
+        WalkIn("chinese", visits, chosen);
         m_report.incomplete.clear();
     } catch (const Ended& ended) {
         m_report.incomplete = ended.reason;
@@ -108,16 +107,27 @@ bool Tour::Walk(const QList<Page>& pages)
     return m_report.IsGood();
 }
 
-void Tour::WalkIn(const QString& language, const QList<Page>& pages)
+void Tour::WalkIn(const QString& language, const QMap<QString, Visit>& visits,
+                  const QStringList& chosen)
 {
     Print(QString("In %1:").arg(language));
     ChooseLanguage(language);
-    for (const Page& page : pages) {
-        Open(page);
-        page.visit(*this);
-        TakePicture(page.name);
-        WriteReport();
+    const QJsonArray pages = m_program.Pages();
+    QStringList names;
+    for (const QJsonValue& page : pages) {
+        const QString name = page["name"].toString();
+        names.append(name);
+        if (visits.contains(name) && (chosen.isEmpty() || chosen.contains(name))) {
+            Open(name, page["tab"].toInt());
+            visits[name](*this);
+            TakePicture(name);
+            WriteReport();
+        }
     }
+    m_page = "program";
+    names.sort();
+    const QStringList visited = visits.keys();
+    Check("pages", names.join(", "), visited.join(", "));
 }
 
 void Tour::ChooseLanguage(const QString& language)
@@ -139,8 +149,7 @@ void Tour::ChooseLanguage(const QString& language)
 /// without a tab is open.
 bool Tour::OpenHome()
 {
-    const int home = 1;
-    return m_program.ClickTab("menuTab", 0) && m_program.OpenPage(home);
+    return m_program.ClickTab("menuTab", 0) && m_program.OpenPage("home");
 }
 
 QString Tour::ChosenLanguage()
@@ -163,14 +172,15 @@ void Tour::PutLanguageBack(const QString& language)
     }
 }
 
-void Tour::Open(const Page& page)
+/// Opens a page by its tab in the menu, or by its name if it has no tab.
+void Tour::Open(const QString& page, int tab)
 {
-    m_page = page.name;
+    m_page = page;
     CloseBoxes();
-    if (page.tab >= 0) {
-        m_program.ClickTab("menuTab", page.tab);
+    if (tab >= 0) {
+        m_program.ClickTab("menuTab", tab);
     } else {
-        m_program.OpenPage(page.id);
+        m_program.OpenPage(page);
     }
     m_program.Idle();
 }
@@ -254,7 +264,7 @@ void Tour::CheckText(const QString& check, const QString& widget, const QString&
 
 bool Tour::WaitFor(const std::function<bool()>& isDone)
 {
-    const QDeadlineTimer limit(patienceMs);
+    const QDeadlineTimer limit(m_patience);
     while (!isDone()) {
         if (limit.hasExpired() || m_isStopped()) {
             return false;
@@ -281,6 +291,29 @@ void Tour::CheckFile(const QString& check, const QString& path, const QString& l
     Check(check, shown, line);
 }
 
+bool Tour::Expect(const QString& what, bool isDone)
+{
+    if (!isDone) {
+        Check(what, {}, "done");
+    }
+    return isDone;
+}
+
+bool Tour::Tap(const QString& widget)
+{
+    return Expect("press " + widget, m_program.Click(widget));
+}
+
+bool Tour::Choose(const QString& widget, int index)
+{
+    return Expect("choose in " + widget, m_program.Choose(widget, index));
+}
+
+bool Tour::Choose(const QString& widget, const QString& item)
+{
+    return Expect("choose in " + widget, m_program.Choose(widget, item));
+}
+
 void Tour::Press(const QString& check, const QString& button, const QString& field,
                  const QString& expected, int mostMs)
 {
@@ -295,7 +328,10 @@ void Tour::Press(const QString& check, const QString& button, const QString& fie
 void Tour::PressForStatus(const QString& check, const QString& button, const QString& field,
                           const QString& expected, const QString& status, const QString& note)
 {
-    m_program.Click(button);
+    if (!m_program.Click(button)) {
+        Check(check, {}, expected);
+        return;
+    }
     const QString shown =
         m_program.Text(field) + ", " + m_program.Property(field, "status").toString();
     Check(check, shown, expected + ", " + status, note);
@@ -303,7 +339,10 @@ void Tour::PressForStatus(const QString& check, const QString& button, const QSt
 
 void Tour::PressAndCancel(const QString& check, const QString& button, const QString& question)
 {
-    m_program.Click(button);
+    if (!m_program.Click(button)) {
+        Check(check, {}, question);
+        return;
+    }
     CheckText(check, "QMessageBox", question);
     TakePicture(m_page + '-' + button);
     m_program.PressBoxButton("No");
@@ -313,7 +352,7 @@ void Tour::PressAndCancel(const QString& check, const QString& button, const QSt
 
 void Tour::Type(const QString& field, const QString& text)
 {
-    m_program.SetText(field, text);
+    Expect("type into " + field, m_program.SetText(field, text));
     PutKeyboardAway();
 }
 

@@ -16,13 +16,8 @@
 class Tour
 {
 public:
-    /// A page of the program. It is opened by its tab in the menu, or by its id if it has no tab.
-    struct Page {
-        const char* name;
-        int id;
-        int tab;
-        void (*visit)(Tour&);
-    };
+    /// Presses the checks of a page that has just been opened.
+    using Visit = void (*)(Tour&);
 
     /// The report and the pictures of the pages are saved in `folder`. The walk ends early when
     /// `isStopped` says so.
@@ -32,9 +27,10 @@ public:
     /// Says in the report which board and which program this is.
     void Introduce(const QString& board, const QString& program);
 
-    /// Walks through the pages in both languages and writes the report. True when it came to its
+    /// Walks through the program's pages, or those that are chosen, in both languages, and writes
+    /// the report. `visits` has a visit for the name of each page. True when the walk came to its
     /// end and every check showed the expected result.
-    bool Walk(const QList<Page>& pages);
+    bool Walk(const QMap<QString, Visit>& visits, const QStringList& chosen);
 
     /// The board that the program runs on.
     const BoardDescription& Board() const { return m_board; }
@@ -61,11 +57,25 @@ public:
     void CheckText(const QString& check, const QString& widget, const QString& expected,
                    const QString& note = {});
 
-    /// Waits until `isDone` is true, for half a minute at most. Returns whether it became true.
+    /// Waits until `isDone` is true, as long as the patience lasts. Returns whether it became true.
     bool WaitFor(const std::function<bool()>& isDone);
 
     /// Waits for a line in a file that a simulated device writes. Left out on a real board.
     void CheckFile(const QString& check, const QString& path, const QString& line);
+
+    /// Makes a wrong check of what the program could not do, such as pressing a button that is not
+    /// there: a check that was not begun must not pass. Returns whether it was done.
+    bool Expect(const QString& what, bool isDone);
+
+    /// Presses a widget, or chooses an item of a combo box, and expects that to be possible.
+    bool Tap(const QString& widget);
+    bool Choose(const QString& widget, int index);
+    bool Choose(const QString& widget, const QString& item);
+
+    /// How long to wait for what a check must show in the end, in ms. Only a check that goes wrong
+    /// takes so long.
+    int Patience() const { return m_patience; }
+    void SetPatience(int ms) { m_patience = ms; }
 
     /// Presses a button and checks the text that `field` shows. The text is read when the button's
     /// slot has returned, or within the time limit if the check continues after that.
@@ -89,11 +99,12 @@ public:
     void TakePicture(const QString& name);
 
 private:
-    void WalkIn(const QString& language, const QList<Page>& pages);
+    void WalkIn(const QString& language, const QMap<QString, Visit>& visits,
+                const QStringList& chosen);
     bool OpenHome();
     void ChooseLanguage(const QString& language);
     QString ChosenLanguage();
-    void Open(const Page& page);
+    void Open(const QString& page, int tab);
     void CloseBoxes();
     void PutKeyboardAway();
     void PutLanguageBack(const QString& language);
@@ -108,6 +119,7 @@ private:
     QString m_language;
     QMap<QString, QString> m_labels;
     QString m_page;
+    int m_patience = 30000;
     QElapsedTimer m_walked;
     QElapsedTimer m_sinceLastCheck;
 };

@@ -2,6 +2,8 @@
 #include "simulated-board/tour/Tour.h"
 #include "simulated-board/tour/Visits.h"
 
+#include <QThread>
+
 namespace
 {
 
@@ -18,7 +20,7 @@ bool CanPlay()
 void VisitVoice(Tour& tour)
 {
     const QString files = "bodyWidget QComboBox";
-    tour.Program().Click("bodyWidget QPushButton[0]");
+    tour.Tap("bodyWidget QPushButton[0]");
     QStringList found = tour.Program().Items(files);
     QStringList expected;
     for (const BoardDescription::Sound& sound : tour.Board().sounds) {
@@ -35,11 +37,15 @@ void VisitVoice(Tour& tour)
         tour.LeaveOut("play", "the program plays one sound in each run");
     } else {
         const QString path = "/mnt/" + tour.Board().sounds.first().path;
-        tour.Program().Choose(files, path + '\n');
-        tour.Program().Click("btnPlay");
-        const bool isPlaying = tour.WaitFor([&] {
-            return !ProcessesOf({"tinyplay", path}).isEmpty();
-        });
-        tour.Check("play", isPlaying ? "tinyplay " + path : "nothing", "tinyplay " + path);
+        tour.Choose(files, path + '\n');
+        tour.Tap("btnPlay");
+        const auto isPlaying = [&] { return !ProcessesOf({"tinyplay", path}).isEmpty(); };
+        QString shown = tour.WaitFor(isPlaying) ? "tinyplay " + path : QString("nothing");
+        // A player without a sound card ends at once.
+        QThread::msleep(qMin(500, 500 * tour.Board().sounds.first().seconds));
+        if (!isPlaying()) {
+            shown += ", ended at once";
+        }
+        tour.Check("play", shown, "tinyplay " + path);
     }
 }

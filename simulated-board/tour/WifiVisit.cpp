@@ -137,11 +137,11 @@ void Join(Tour& tour, const Network& network)
     const QString disconnected = tour.Label("Label_1000709");
     const QString connected = tour.Label("Label_1000710") + ' ' + ListedName(network);
     const QStringList heard = ListedNames(tour.Program().Items(networks));
-    tour.Program().Choose(networks, heard.indexOf(ListedName(network)));
-    tour.Program().SetText(passphrase, "wrong passphrase");
+    tour.Choose(networks, heard.indexOf(ListedName(network)));
+    tour.Expect("passphrase", tour.Program().SetText(passphrase, "wrong passphrase"));
     tour.Press("wrong passphrase", "btnConnect", status, disconnected);
-    tour.Program().SetText(passphrase, network.passphrase);
-    tour.Program().Click("btnConnect");
+    tour.Expect("passphrase", tour.Program().SetText(passphrase, network.passphrase));
+    tour.Tap("btnConnect");
     // A slow board is joined only after the page has looked.
     tour.WaitFor([&] {
         return tour.Program().Text(status) == connected || !tour.Program().Click("btnRef");
@@ -174,7 +174,7 @@ void Save(Tour& tour)
         return;
     }
     Board::ForgetCalls();
-    tour.Program().Click("btnSave");
+    tour.Tap("btnSave");
     tour.Program().Idle();
     tour.Check("save", Board::Calls().join(", "), "wpa_cli -i wlan0 save_config");
 }
@@ -186,7 +186,7 @@ void VisitWifi(Tour& tour)
     const KeptWifi kept;
     // The interface may be up already.
     if (tour.Program().Text("m_btnOpenWifi") == tour.Label("Label_1000713")) {
-        tour.Program().Click("m_btnOpenWifi");
+        tour.Tap("m_btnOpenWifi");
     }
     tour.PressForStatus("ping without Wi-Fi", "btnPing", result, tour.Label("Label_1010002"),
                         "error");

@@ -11,20 +11,17 @@
 namespace
 {
 
-const int noTab = -1;
-
-// The pages in the order of the menu. Those without a tab come last.
-const QList<Tour::Page> pages{
-    {"home", 1, 0, VisitHome},
-    {"basic", 2, 1, VisitBasic},
-    {"serial", 3, 2, VisitSerial},
-    {"wifi", 6, 3, VisitWifi},
-    {"voice", 7, 4, VisitVoice},
-    {"can", 8, 5, VisitCan},
-    {"database", 4, noTab, VisitDatabase},
-    {"production", 5, noTab, VisitProduction},
-    {"remote-access", 9, noTab, VisitRemoteAccess},
-    {"camera", 10, noTab, VisitCamera},
+const QMap<QString, Tour::Visit> visits{
+    {"home", VisitHome},
+    {"basic", VisitBasic},
+    {"serial", VisitSerial},
+    {"database", VisitDatabase},
+    {"production", VisitProduction},
+    {"wifi", VisitWifi},
+    {"voice", VisitVoice},
+    {"can", VisitCan},
+    {"remote-access", VisitRemoteAccess},
+    {"camera", VisitCamera},
 };
 
 volatile std::sig_atomic_t s_isStopped = 0;
@@ -54,10 +51,24 @@ int main(int argc, char** argv)
     options.addVersionOption();
     options.addOption({"board", "What the board is like (docs/simulated-board.md).", "FILE"});
     options.addOption({"report", "Where report.html, report.xml and the pictures go.", "DIR"});
+    options.addOption({"page", "Visits this page only; may be given several times.", "NAME"});
+    options.addOption({"patience", "How long to wait for what a check must show (30).", "SECONDS"});
     options.process(application);
     if (!options.isSet("board") || !options.isSet("report") ||
         !options.positionalArguments().isEmpty()) {
         return Refuse("it takes --board FILE --report DIR");
+    }
+    const QStringList chosen = options.values("page");
+    for (const QString& name : chosen) {
+        if (!visits.contains(name)) {
+            return Refuse(QString("there is no page \"%1\"").arg(name));
+        }
+    }
+    bool isNumber = true;
+    const int patience =
+        options.isSet("patience") ? options.value("patience").toInt(&isNumber) : 30;
+    if (!isNumber || patience < 1) {
+        return Refuse(QString("\"%1\" is no number of seconds").arg(options.value("patience")));
     }
     QString error;
     const auto board = ReadBoardDescription(options.value("board"), &error);
@@ -67,7 +78,8 @@ int main(int argc, char** argv)
     std::signal(SIGINT, Stop);
     std::signal(SIGTERM, Stop);
     Tour tour(*board, options.value("report"), [] { return s_isStopped != 0; });
+    tour.SetPatience(1000 * patience);
     tour.Introduce(QString("%1, %2").arg(QSysInfo::machineHostName(), options.value("board")),
                    "MoskTest " MOSK_VERSION);
-    return tour.Walk(pages) ? 0 : 1;
+    return tour.Walk(visits, chosen) ? 0 : 1;
 }

@@ -51,14 +51,13 @@ void FuzzName(const QByteArray& bytes)
 
 void FuzzCommand(const QByteArray& value)
 {
-    char command[100];
-    if (!ComposeSetNetwork(command, "psk", value)) {
+    const auto line = SetNetworkCommand("psk", value);
+    if (!line) {
         return;
     }
-    const QByteArray line(command);
     const QByteArray start = "wpa_cli -i wlan0 set_network 0 psk ";
-    Require(line.startsWith(start), "the command is the client's");
-    Require(Unquoted(line.mid(start.size())) == '"' + value + '"', "the value reaches the client");
+    Require(line->startsWith(start), "the command is the client's");
+    Require(Unquoted(line->mid(start.size())) == '"' + value + '"', "the value reaches the client");
 }
 
 } // namespace

@@ -23,17 +23,35 @@ void BoardTextsTest::rotationIsTheTenthField_data()
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<int>("expected");
 
-    QTest::newRow("nothing") << QByteArray() << 0;
-    QTest::newRow("rotation 2") << QByteArray("1 2 3 4 5 6 7 1024 600 2") << 2;
-    QTest::newRow("with its line end") << QByteArray("1 2 3 4 5 6 7 1024 600 1\n") << 1;
-    QTest::newRow("rotation 3") << QByteArray("1 2 3 4 5 6 7 1024 600 3") << 3;
-    QTest::newRow("beyond 3") << QByteArray("1 2 3 4 5 6 7 1024 600 4") << 0;
-    QTest::newRow("negative") << QByteArray("1 2 3 4 5 6 7 1024 600 -1") << 0;
-    QTest::newRow("no number") << QByteArray("1 2 3 4 5 6 7 1024 600 up") << 0;
-    QTest::newRow("nine fields") << QByteArray("1 2 3 4 5 6 7 1024 2") << 0;
-    QTest::newRow("eleven fields") << QByteArray("1 2 3 4 5 6 7 1024 600 0 2") << 0;
-    QTest::newRow("two blanks count") << QByteArray("1 2 3 4 5 6 7  1024 2") << 2;
-    QTest::newRow("NUL ends it") << QByteArray("1 2 3 4 5 6 7 1024 600 2\0 3", 28) << 2;
+    const QByteArray nine = "1028 -4 -6520 7 617 -5292 65536 1024 600";
+    QTest::newRow("0") << nine + " 0\n" << 0;
+    QTest::newRow("1") << nine + " 1\n" << 1;
+    QTest::newRow("2") << nine + " 2\n" << 2;
+    QTest::newRow("3") << nine + " 3\n" << 3;
+    QTest::newRow("no line end") << nine + " 2" << 2;
+    QTest::newRow("CR LF") << nine + " 2\r\n" << 2;
+    QTest::newRow("signed and padded") << nine + " +03\n" << 3;
+    QTest::newRow("4") << nine + " 4\n" << 0;
+    QTest::newRow("7") << nine + " 7\n" << 0;
+    QTest::newRow("-1") << nine + " -1\n" << 0;
+    QTest::newRow("a word") << nine + " two\n" << 0;
+    QTest::newRow("a word behind the number") << nine + " 2x\n" << 0;
+    QTest::newRow("hexadecimal") << nine + " 0x2\n" << 0;
+    QTest::newRow("a fraction") << nine + " 2.0\n" << 0;
+    QTest::newRow("beyond 32 bits") << nine + " 4294967298\n" << 0;
+    QTest::newRow("no file content") << QByteArray("") << 0;
+    QTest::newRow("7 fields") << QByteArray("1 2 3 4 5 6 3\n") << 0;
+    QTest::newRow("9 fields") << nine + "\n" << 0;
+    QTest::newRow("11 fields") << nine + " 2 2\n" << 0;
+    QTest::newRow("blank behind the last field") << nine + " 2 \n" << 0;
+    QTest::newRow("two blanks make a field") << QByteArray("1 2 3 4 5 6 7 8  2\n") << 2;
+    QTest::newRow("tabs do not") << nine + "\t2\n" << 0;
+    QTest::newRow("NUL ends the line") << nine + QByteArray(" 2\0 9 9 9\n", 10) << 2;
+    QTest::newRow("NUL in an early field") << QByteArray("1\0 ", 3) + nine + " 2\n" << 0;
+    QTest::newRow("binary") << QByteArray::fromHex("ff00fe2080a0ff0a0d") << 0;
+    QTest::newRow("bytes of no text") << nine + " \xff\xfe\n" << 0;
+    QTest::newRow("1 MB without a line end") << QByteArray(1024 * 1024, '1') << 0;
+    QTest::newRow("1 MB of fields") << QByteArray("2 ").repeated(512 * 1024) << 0;
 }
 
 void BoardTextsTest::rotationIsTheTenthField()

@@ -47,6 +47,8 @@ private slots:
     void chunkIsCutIntoLines();
     void lineMayComeInSeveralChunks();
     void lineThatBeginsWithAReturnWaitsForTheNextChunk();
+    void lineIsJudgedByItsLastFourMillionCharacters_data();
+    void lineIsJudgedByItsLastFourMillionCharacters();
     void everythingBurntNeedsBothParts_data();
     void everythingBurntNeedsBothParts();
     void resetForgetsEachPartButNotTheLine();
@@ -99,6 +101,34 @@ void FlashingLogParserTest::lineThatBeginsWithAReturnWaitsForTheNextChunk()
     FlashingLogParser log;
     QCOMPARE(Results(log, {"\rbegin to erase flash"}), QStringList());
     QCOMPARE(Results(log, {"\n"}), QStringList("515 pass"));
+}
+
+void FlashingLogParserTest::lineIsJudgedByItsLastFourMillionCharacters_data()
+{
+    QTest::addColumn<int>("behind");
+    QTest::addColumn<int>("chunkSize");
+    QTest::addColumn<QStringList>("results");
+
+    const int most = 4000000 - static_cast<int>(qstrlen("mmc 2 exit"));
+    for (const int chunkSize : {64, 4096, 10000000}) {
+        const QByteArray chunks = "in chunks of " + QByteArray::number(chunkSize);
+        QTest::newRow("kept " + chunks) << most << chunkSize << QStringList("503 pass");
+        QTest::newRow("one too many " + chunks) << most + 1 << chunkSize << QStringList();
+        QTest::newRow("long gone " + chunks) << 9000000 << chunkSize << QStringList();
+    }
+}
+
+void FlashingLogParserTest::lineIsJudgedByItsLastFourMillionCharacters()
+{
+    QFETCH(int, behind);
+    QFETCH(int, chunkSize);
+    QFETCH(QStringList, results);
+    const QByteArray line = "mmc 2 exit" + QByteArray(behind, 'x');
+    FlashingLogParser log;
+    for (int at = 0; at < line.size(); at += chunkSize) {
+        log.Take(line.mid(at, chunkSize));
+    }
+    QCOMPARE(Results(log, {"\n"}), results);
 }
 
 void FlashingLogParserTest::everythingBurntNeedsBothParts_data()
@@ -161,6 +191,9 @@ void FlashingLogParserTest::lineIsJudgedByItsFirstMarker_data()
                                        << "";
     QTest::newRow("erase begins") << "[116]begin to erase flash"
                                   << "515 pass";
+    QTest::newRow("begun twice") << "begin begin to erase flash"
+                                 << "515 pass";
+    QTest::newRow("behind Chinese") << QString::fromUtf8("端口 mmc 2 exit") << "503 pass";
     QTest::newRow("half of it") << "begin to erase"
                                 << "";
     QTest::newRow("erase done") << "successed in erasing flash\r"
@@ -223,6 +256,8 @@ void FlashingLogParserTest::lineIsJudgedByItsFirstMarker_data()
                                     << "510 fail";
     QTest::newRow("eMMC OK") << "MOSK_HARD_EMMC: OK"
                              << "510 fail";
+    QTest::newRow("eMMC ok after the first of two") << "MOSK_HARD_EMMC:ok MOSK_HARD_EMMC:"
+                                                    << "509 pass";
     QTest::newRow("eMMC without value") << "MOSK_HARD_EMMC:"
                                         << "510 fail";
 

@@ -107,6 +107,7 @@ void IniFileTest::valueIsReadFromItsLine_data()
     add("key =\t a b \t", "a b", true);
     add("key=", "", true);
     add("key= ; why", "", true);
+    add("key=a #1", "a #1", true);
     add("key=a ; it's 7\" wide", "a", true);
     add("key=a\t;b", "a", true);
     add("key=\"a ;b\" ;c", "a ;b", true);

@@ -69,19 +69,16 @@ void SupplicantTest::networkIsShownAsPeopleReadIt()
 
 void SupplicantTest::valueStandsInBothQuotes()
 {
-    char command[100];
-    QVERIFY(ComposeSetNetwork(command, "ssid", "it's $(reboot)"));
-    QCOMPARE(command, "wpa_cli -i wlan0 set_network 0 ssid '\"it'\\''s $(reboot)\"'");
+    QCOMPARE(SetNetworkCommand("ssid", "it's $(reboot)").value_or("nothing"),
+             QByteArray("wpa_cli -i wlan0 set_network 0 ssid '\"it'\\''s $(reboot)\"'"));
 }
 
 void SupplicantTest::valueThatDoesNotFitIsRefused()
 {
-    char command[100];
     const int room = 99 - int(qstrlen("wpa_cli -i wlan0 set_network 0 psk '\"\"'"));
-    QVERIFY(ComposeSetNetwork(command, "psk", QByteArray(room, 'x')));
-    QCOMPARE(int(qstrlen(command)), 99);
-    QVERIFY(!ComposeSetNetwork(command, "psk", QByteArray(room + 1, 'x')));
-    QVERIFY(!ComposeSetNetwork(command, "psk", QByteArray("a\0b", 3)));
+    QCOMPARE(SetNetworkCommand("psk", QByteArray(room, 'x')).value_or("").size(), 99);
+    QVERIFY(!SetNetworkCommand("psk", QByteArray(room + 1, 'x')));
+    QVERIFY(!SetNetworkCommand("psk", QByteArray("a\0b", 3)));
 }
 
 void SupplicantTest::statusIsRead_data()
@@ -96,8 +93,7 @@ void SupplicantTest::statusIsRead_data()
                                 << "not connected";
     QTest::newRow("scanning") << QByteArray("wpa_state=SCANNING\n") << "not connected";
     QTest::newRow("no name") << joined << "unknown";
-    QTest::newRow("name cut off") << joined + "ssid=Mosk"
-                                  << "unknown";
+    QTest::newRow("name cut off") << joined + "ssid=Mosk" << "unknown";
     QTest::newRow("blanks in it") << "ssid=a b\n" + joined << "a b";
     QTest::newRow("Chinese") << "ssid=\\xe5\\xb7\\xa5\n" + joined << QString::fromUtf8("工");
 }

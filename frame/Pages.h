@@ -1,0 +1,17 @@
+#pragma once
+
+#include "frame/BodyWidget.h"
+
+#include <array>
+
+/// A page of the program.
+struct Page {
+    BodyWidget::PageId id;
+    const char* name; ///< as the tour, the service and other programs call it
+    const char*
+        tabKey; ///< the language key of its tab; null for the pages that are opened by id only
+    QWidget* (*build)(QWidget* parent);
+};
+
+/// All pages, in the order of their ids. The menu has its tabs in this order.
+extern const std::array<Page, 10> allPages;

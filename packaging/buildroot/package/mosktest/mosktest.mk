@@ -10,7 +10,8 @@ MOSKTEST_SITE_METHOD = local
 MOSKTEST_DEPENDENCIES = \
 	qt5base qt5declarative qt5multimedia qt5quickcontrols2 qt5serialport qt5virtualkeyboard
 MOSKTEST_CONF_OPTS = \
-	-DBUILD_TESTING=OFF -DMOSK_SIMULATED_BOARD=OFF -DCMAKE_INSTALL_SYSCONFDIR=/etc
+	-DBUILD_TESTING=OFF -DMOSK_SIMULATED_BOARD=OFF -DMOSK_GUIDE=OFF \
+	-DCMAKE_INSTALL_SYSCONFDIR=/etc -DMOSK_UDEV_DIR=/lib/udev/rules.d
 MOSKTEST_OVERRIDE_SRCDIR_RSYNC_EXCLUSIONS = --exclude /build --exclude /out
 
 # CMake has put it where Debian wants it; BusyBox's init starts what begins with S.

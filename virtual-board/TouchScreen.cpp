@@ -147,6 +147,11 @@ void Repeat(int tablet, int screen, int width, int height)
                 Send(screen, EV_ABS, ABS_MT_TRACKING_ID, isPressed ? touches++ % 65536 : -1);
                 Send(screen, EV_KEY, BTN_TOUCH, isPressed ? 1 : 0);
             }
+            if (isPressed && !isDown) {
+                // The kernel passes on what changes. A program that has started since the last
+                // touch at this place would not be told it.
+                SendPosition(screen, x ^ 1, y ^ 1);
+            }
             if (isPressed) {
                 SendPosition(screen, x, y);
             }

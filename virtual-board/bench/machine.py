@@ -1,13 +1,19 @@
 """The machine that QEMU simulates: its control connection, its console, and what plugs into it."""
 
+import filecmp
 import json
 import os
 import re
+import shutil
 import socket
 
 PLACE = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", "..", "out", "board"))
 # The board sees this folder as /media/bench.
 SHARED = os.path.join(PLACE, "shared")
+
+
+def image_of(name):
+    return os.path.join(PLACE, name + ".img")
 
 
 def connect(name):
@@ -64,19 +70,20 @@ class Machine:
         self.ask("screendump", filename=os.path.abspath(path), format="png")
 
     def plug_stick(self, name):
-        """Plugs in the USB stick whose content is the image out/board/NAME.img."""
-        image = {"driver": "file", "filename": os.path.join(PLACE, name + ".img")}
-        self.ask("blockdev-add", **{"node-name": name, "driver": "raw", "read-only": True,
-                                    "file": image})
+        """Plugs in a USB stick with a copy of the image out/board/NAME.img."""
+        shutil.copyfile(image_of(name), image_of(name + "-plugged"))
+        image = {"driver": "file", "filename": image_of(name + "-plugged")}
+        self.ask("blockdev-add", **{"node-name": name, "driver": "raw", "file": image})
         self.ask("device_add", driver="usb-storage", bus="usb.0", drive=name, id=name)
 
     def pull_stick(self, name):
+        """Pulls it out. Returns whether the board has written to it."""
         self.unplug(name)
         self.ask("blockdev-del", **{"node-name": name})
+        return not filecmp.cmp(image_of(name), image_of(name + "-plugged"), shallow=False)
 
     def plug_card(self):
-        self.ask("blockdev-change-medium", id="card", filename=os.path.join(PLACE, "card.img"),
-                 format="raw")
+        self.ask("blockdev-change-medium", id="card", filename=image_of("card"), format="raw")
 
     def pull_card(self):
         self.ask("blockdev-open-tray", id="card", force=True)

@@ -105,8 +105,10 @@ class Program:
         self.tap_tab(name)
 
     def tap_tab(self, name):
-        self.tap_tab_at(TABS.index(name))
-        self.wait_for_text("menuTab", name)
+        index = TABS.index(name)
+        self.tap_tab_at(index)
+        # Not by its text: the program may speak another language.
+        wait_for(lambda: self.operate("property", "menuTab", "currentIndex") == str(index))
 
     def tap_tab_at(self, index):
         bar = self.widget("menuTab QTabBar")
@@ -114,10 +116,14 @@ class Program:
         self.screen.tap(bar.x + 100 * index + 50, bar.y + bar.height // 2)
         self.operate("idle")
 
-    def open_page(self, number):
-        """Opens a page without a tab."""
+    def pages(self):
+        """The names of all pages."""
+        return [line.split("\t")[1] for line in self.operate("pages").split("\n")]
+
+    def open_page(self, name):
+        """Opens a page afresh by its name, which some without a tab need."""
         self.operate("page", 0)
-        self.operate("page", number)
+        self.operate("page", name)
         self.operate("idle")
 
     def choose(self, box, index):

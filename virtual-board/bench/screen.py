@@ -50,8 +50,6 @@ class Screen:
             for axis, at, size in axes])
 
     def press(self, x, y):
-        # An unchanged position is not reported, so the finger first goes to a place beside it.
-        self.move(x + 4, y + 4)
         self.move(x, y)
         self.button(True)
 

@@ -3,7 +3,6 @@
 from bench.ports import flashing_log
 from bench.steps.sharing import read_shared
 
-PRODUCTION_PAGE = 5
 OPENED = "******** Open COM succeed! [/dev/ttyS2]"
 RESULTS = [OPENED] + ["******** " + text for text in (
     "Start erasing flash!", "Erasing flash succeed!", "Burn Rootfs succeed!",
@@ -14,7 +13,7 @@ SUMMARY = "bodyWidget QTextEdit"
 
 def log(bench):
     program = bench.program
-    program.open_page(PRODUCTION_PAGE)
+    program.open_page("production")
     program.wait_for_text(SUMMARY, lambda text: "Open COM" in text)
     burn(bench, "first board")
     program.tap("btnReset")

@@ -39,6 +39,21 @@ def start(bench):
     report.check("status", bench.console.text(f"{INIT} status"), "MoskTest is running")
 
 
+def page(bench):
+    """PAGE= opens a page at each start, for people without a shell."""
+    program, report = bench.program, bench.report
+    bench.console.run("cp /etc/default/mosktest /tmp; echo PAGE=production >>/etc/default/mosktest")
+    bench.console.run(f"{INIT} restart")
+    report.check("on show", wait_for(lambda: program.is_open("ToolProductionTest"), 60), True)
+    before = bench.program_id()
+    bench.console.run(f"kill -SEGV {before}")
+    wait_for(lambda: bench.program_id() not in ("", before), 30)
+    report.check("on show after a crash",
+                 wait_for(lambda: program.is_open("ToolProductionTest"), 60), True)
+    bench.console.run("cp /tmp/mosktest /etc/default")
+    restart(bench)
+
+
 def crash(bench):
     report = bench.report
     before = bench.program_id()

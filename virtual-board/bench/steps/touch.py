@@ -3,7 +3,6 @@
 from bench.program import TABS
 from bench.report import wait_for
 
-HOME_PAGE = 1
 LANGUAGE = "bodyWidget QComboBox"
 ENGLISH, CHINESE = 1, 0
 RED = (255, 1, 4)
@@ -12,8 +11,8 @@ RED = (255, 1, 4)
 def english(bench):
     """Chooses English, which the steps take for granted, if it is not chosen."""
     program = bench.program
-    # By its number: the tab does nothing when it is chosen and a page without a tab is on show.
-    program.open_page(HOME_PAGE)
+    # By its name: the tab does nothing when it is chosen and a page without a tab is on show.
+    program.open_page("home")
     program.tap_tab_at(0)
     if program.text("menuTab") != "Home":
         program.choose(LANGUAGE, ENGLISH)

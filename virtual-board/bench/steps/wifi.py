@@ -89,7 +89,7 @@ def right_passphrase(bench):
 
 
 def hostile_name(bench):
-    program, report = bench.program, bench.report
+    report = bench.report
     open_page(bench)
     type_into(bench, PASSPHRASE, "12345678")
     uptime = float(bench.console.text("cut -d ' ' -f 1 /proc/uptime"))

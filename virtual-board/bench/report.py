@@ -22,10 +22,10 @@ class Report:
         print(" | ".join(texts + ["ok" if is_right else "WRONG"]), flush=True)
 
     def close(self):
-        """Prints the sum. Returns whether all checks were right."""
+        """Prints the sum. Returns whether there were checks, and all were right."""
         seconds = time.monotonic() - self.begun
         print(f"{self.checks} checks, {self.wrong} wrong, {seconds:.0f} s", flush=True)
-        return self.wrong == 0
+        return self.checks > 0 and self.wrong == 0
 
 
 def one_line(value, limit=160):

@@ -19,9 +19,8 @@ def judge_screen(bench, is_programs):
     report.check("service", state(bench, "mosktest"), states[0])
     wait_for(lambda: state(bench, "getty@tty1") == states[1])
     report.check("getty", state(bench, "getty@tty1"), states[1])
-    report.check("the program is on the display",
-                 wait_for(lambda: shows_program(bench) == is_programs, 60) and is_programs,
-                 is_programs)
+    wait_for(lambda: shows_program(bench) == is_programs, 60)
+    report.check("the program is on the display", shows_program(bench), is_programs)
 
 
 def judge_page(bench, what):

@@ -67,6 +67,8 @@ class MoskSettingsTest : public QObject
     Q_OBJECT
 
 private slots:
+    void init();
+
     void missingFileGivesAnEmptyLanguage();
     void valueIsReadBackBeforeItReachesTheFile();
     void valueReachesTheFile();
@@ -88,19 +90,22 @@ private:
 
 QString MoskSettingsTest::ReadAnew(const QByteArray& content)
 {
-    // QSettings reads a file anew when its size or time has changed: two of one size, written in one
-    // tick of the clock, look the same.
-    QFile::remove(path);
-    QSettings(path, QSettings::IniFormat).sync();
     Board::WriteFile(path, content);
     QSettings(path, QSettings::IniFormat).sync();
     return MoskSettings::GetInstance()->GetValue("Language");
 }
 
+/// Each test begins without a file, and QSettings has seen that: it reads a file anew when its size
+/// or time has changed, and two of one size, written in one tick of the clock, look the same.
+void MoskSettingsTest::init()
+{
+    QSettings(path, QSettings::IniFormat).sync();
+    QFile::remove(path);
+    QSettings(path, QSettings::IniFormat).sync();
+}
+
 void MoskSettingsTest::missingFileGivesAnEmptyLanguage()
 {
-    QFile::remove(path);
-
     QCOMPARE(MoskSettings::GetInstance()->GetValue("Language"), QString());
 }
 

@@ -51,6 +51,7 @@ while [ $# -gt 0 ]; do
     accept)
         [ -z "$what" ] || refuse "'accept' after '$what': only one of them can be shown"
         shift
+        packaging/install-packages board
         exec virtual-board/accept ${size:+--size "$size"} "$@"
         ;;
     tour | vnc | board)

@@ -6,7 +6,6 @@
 #include <QCameraInfo>
 #include <QCameraViewfinder>
 #include <QComboBox>
-#include <QPushButton>
 
 #include <memory>
 
@@ -56,8 +55,6 @@ private slots:
     void init();
     void cleanup();
 
-    void layoutHasThePictureAboveTheSelector_data();
-    void layoutHasThePictureAboveTheSelector();
     void selectorListsTheCamerasInTheirOrder();
     void selectorIsThatOfThePagesStart();
     void cameraIsOpenedByTheOperatorOnly();
@@ -109,42 +106,6 @@ void CameraTesterTest::cleanup()
 QColor CameraTesterTest::Picture()
 {
     return Viewfinder()->grab().toImage().pixelColor(Viewfinder()->rect().center());
-}
-
-void CameraTesterTest::layoutHasThePictureAboveTheSelector_data()
-{
-    QTest::addColumn<QString>("language");
-    QTest::addColumn<QString>("open");
-    QTest::addColumn<QString>("close");
-    QTest::newRow("English") << "english"
-                             << "Open"
-                             << "Close";
-    QTest::newRow("Chinese") << "chinese"
-                             << "打开相机"
-                             << "关闭相机";
-}
-
-void CameraTesterTest::layoutHasThePictureAboveTheSelector()
-{
-    QFETCH(QString, language);
-    QFETCH(QString, open);
-    QFETCH(QString, close);
-    Speak(language);
-    Rebuild();
-
-    QVERIFY(Viewfinder() != nullptr);
-    QCOMPARE(InGrid<QCameraViewfinder>(m_page.get(), 0, 2), Viewfinder());
-    QVERIFY(Viewfinder()->height() > 400);
-    QCOMPARE(Selector()->height(), 40);
-    QCOMPARE(Selector()->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
-    auto* openButton = InGrid<QPushButton>(m_page.get(), 1, 1);
-    auto* closeButton = InGrid<QPushButton>(m_page.get(), 1, 2);
-    QCOMPARE(openButton->objectName(), QString("btnopen"));
-    QCOMPARE(openButton->text(), open);
-    QCOMPARE(openButton->size(), QSize(100, 30));
-    QCOMPARE(closeButton->objectName(), QString("btnclose"));
-    QCOMPARE(closeButton->text(), close);
-    QCOMPARE(closeButton->size(), QSize(100, 30));
 }
 
 void CameraTesterTest::selectorListsTheCamerasInTheirOrder()

@@ -10,13 +10,11 @@
 
 #include <QComboBox>
 #include <QElapsedTimer>
-#include <QLabel>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSerialPort>
 #include <QSignalSpy>
 #include <QSocketNotifier>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <cerrno>
@@ -68,7 +66,6 @@ private slots:
     void init();
     void cleanup();
 
-    void rowsStandAsDesigned();
     void textsAreInTheLanguageOfTheirTime();
 
     void eachComOpensItsDevice_data();
@@ -137,42 +134,6 @@ void SerialPortTesterTest::Open()
 {
     Press(m_page.get(), "btnOpenCom");
     QCOMPARE(OpenButton()->text(), CloseText());
-}
-
-void SerialPortTesterTest::rowsStandAsDesigned()
-{
-    auto* layout = qobject_cast<QVBoxLayout*>(m_page->layout());
-    QVERIFY(layout != nullptr);
-    QCOMPARE(layout->contentsMargins(), QMargins(40, 20, 40, 20));
-    QCOMPARE(layout->spacing(), 20);
-    QCOMPARE(layout->count(), 3);
-
-    const QStringList titles{"COM:", "Send:", "Receive:"};
-    for (int i = 0; i < 3; ++i) {
-        QLayout* row = layout->itemAt(i)->widget()->layout();
-        QCOMPARE(row->contentsMargins(), QMargins(0, 0, 0, 0));
-        QCOMPARE(row->spacing(), 10);
-        auto* title = qobject_cast<QLabel*>(row->itemAt(0)->widget());
-        QVERIFY(title != nullptr);
-        QCOMPARE(title->text(), titles.at(i));
-        QCOMPARE(title->size(), QSize(80, 30));
-    }
-    QCOMPARE(layout->itemAt(0)->widget()->height(), 30);
-    QCOMPARE(layout->itemAt(1)->widget()->height(), 30);
-    QVERIFY(layout->itemAt(2)->widget()->height() > 300);
-
-    auto* chooser = m_page->findChild<QComboBox*>();
-    QCOMPARE(chooser->count(), 10);
-    QCOMPARE(chooser->itemText(0), QString("COM0"));
-    QCOMPARE(chooser->itemText(9), QString("COM9"));
-    QCOMPARE(chooser->currentText(), QString("COM2"));
-    QCOMPARE(OpenButton()->text(), QString("Open"));
-    QCOMPARE(OpenButton()->width(), 100);
-    QCOMPARE(OpenButton()->height(), 30);
-    QCOMPARE(m_page->findChild<QLineEdit*>()->text(), QString("Hello MOSK!"));
-    QCOMPARE(m_page->findChild<QPushButton*>("btnSendCom")->text(), QString("Send"));
-    QCOMPARE(m_page->findChild<QTextEdit*>()->font().pixelSize(), 22);
-    QVERIFY(!m_page->findChild<QTextEdit*>()->isReadOnly());
 }
 
 void SerialPortTesterTest::textsAreInTheLanguageOfTheirTime()

@@ -7,11 +7,9 @@
 
 #include <QDir>
 #include <QHeaderView>
-#include <QLabel>
 #include <QProcess>
 #include <QPushButton>
 #include <QTableView>
-#include <QVBoxLayout>
 
 namespace
 {
@@ -55,9 +53,6 @@ class SqlTesterTest : public PageFixture<SqlTester>
 private slots:
     void init();
     void cleanup();
-
-    void layoutHasTheStepsAboveTheResult_data();
-    void layoutHasTheStepsAboveTheResult();
 
     void goodStoragePassesEachStep();
     void resultIsTheRowsThatAreLeft();
@@ -127,62 +122,6 @@ void SqlTesterTest::CompareVerdicts(const QList<bool>& passed)
         QCOMPARE(field->text(), QString(passed[i] ? "Succeeded!" : "Failed!"));
         QCOMPARE(TextColour(field), passed[i] ? green : red);
     }
-}
-
-void SqlTesterTest::layoutHasTheStepsAboveTheResult_data()
-{
-    QTest::addColumn<QString>("language");
-    QTest::addColumn<QStringList>("labels");
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("result");
-    QTest::newRow("English") << "english"
-                             << QStringList({"File:", "Create:", "Insert:", "Delete:", "Query:"})
-                             << "Test"
-                             << "The result is displayed here!";
-    QTest::newRow("Chinese") << "chinese"
-                             << QStringList(
-                                    {"库 文 件：", "创 建：", "插 入：", "删 除：", "查 询："})
-                             << "测试"
-                             << "此处显示结果！";
-}
-
-void SqlTesterTest::layoutHasTheStepsAboveTheResult()
-{
-    QFETCH(QString, language);
-    QFETCH(QStringList, labels);
-    QFETCH(QString, button);
-    QFETCH(QString, result);
-    Speak(language);
-    Rebuild();
-
-    QCOMPARE(m_page->layout()->contentsMargins(), QMargins(40, 20, 40, 20));
-    QCOMPARE(m_page->layout()->spacing(), 20);
-    QCOMPARE(Steps()->layout()->contentsMargins(), QMargins(0, 0, 0, 0));
-    QCOMPARE(qobject_cast<QGridLayout*>(Steps()->layout())->verticalSpacing(), 10);
-    for (int row = Path; row <= Delete; ++row) {
-        auto* label = InGrid<QLabel>(Steps(), row, 0);
-        QVERIFY(label != nullptr);
-        QCOMPARE(label->text(), labels[row]);
-        QCOMPARE(label->size(), QSize(80, 30));
-        QCOMPARE(label->sizePolicy(), QSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed));
-        QCOMPARE(Field(Row(row))->sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
-        QCOMPARE(Field(Row(row))->sizePolicy().verticalPolicy(), QSizePolicy::Expanding);
-        QCOMPARE(Field(Row(row))->isEnabled(), row != Path);
-        QCOMPARE(Field(Row(row))->text(), row == Path ? QString(database) : result);
-    }
-    // The fields of the results are as wide as the path and the button together.
-    QCOMPARE(InGrid<QLineEdit>(Steps(), Create, 2), Field(Create));
-    QCOMPARE(InGrid<QPushButton>(Steps(), Path, 2)->text(), button);
-    QCOMPARE(InGrid<QPushButton>(Steps(), Path, 2)->size(), QSize(80, 30));
-
-    QWidget* query = m_page->layout()->itemAt(1)->widget();
-    QCOMPARE(query->layout()->spacing(), 10);
-    auto* label = qobject_cast<QLabel*>(query->layout()->itemAt(0)->widget());
-    QVERIFY(label != nullptr);
-    QCOMPARE(label->text(), labels[4]);
-    QCOMPARE(label->size(), QSize(80, 30));
-    QCOMPARE(query->layout()->itemAt(1)->widget(), Result());
-    QVERIFY(Result()->height() > 300);
 }
 
 void SqlTesterTest::goodStoragePassesEachStep()

@@ -31,7 +31,6 @@ private slots:
     void init();
     void cleanup();
 
-    void layoutIsAGridOfRows();
     void languageShowsTheSetting_data();
     void languageShowsTheSetting();
     void choosingALanguageWritesItAndTranslates();
@@ -58,29 +57,6 @@ void StartPageTest::cleanup()
 {
     m_page.reset();
     Board::RemoveTools();
-}
-
-void StartPageTest::layoutIsAGridOfRows()
-{
-    Rebuild();
-
-    QCOMPARE(m_page->layout()->contentsMargins(), QMargins(40, 40, 40, 40));
-    QCOMPARE(InGrid<QLabel>(m_page.get(), 0, 0)->text(), QString("Language:"));
-    QCOMPARE(InGrid<QLabel>(m_page.get(), 0, 0)->size(), QSize(80, 30));
-    QCOMPARE(InGrid<QComboBox>(m_page.get(), 0, 1)->size(), QSize(180, 30));
-    QCOMPARE(InGrid<QComboBox>(m_page.get(), 0, 1)->itemText(0), QString::fromUtf8("中文"));
-    QCOMPARE(InGrid<QComboBox>(m_page.get(), 0, 1)->itemText(1), QString("English"));
-    QCOMPARE(InGrid<QLabel>(m_page.get(), 1, 0)->text(), QString("Version:"));
-    QCOMPARE(InGrid<QLabel>(m_page.get(), 1, 1)->text(), QString("Tue Oct 18 10:21:07 CST 2022"));
-    QCOMPARE(InGrid<QLabel>(m_page.get(), 2, 0)->text(), QString("Website:"));
-    QCOMPARE(InGrid<QLabel>(m_page.get(), 2, 1)->text(), Text("Label_1000202"));
-    QCOMPARE(InGrid<QPushButton>(m_page.get(), 3, 0)->objectName(), QString("btnReboot"));
-    QCOMPARE(InGrid<QPushButton>(m_page.get(), 3, 0)->size(), QSize(100, 40));
-    QCOMPARE(InGrid<QPushButton>(m_page.get(), 3, 1)->objectName(), QString("btnSwitchHMI"));
-    QCOMPARE(InGrid<QPushButton>(m_page.get(), 3, 1)->text(), QString("Switch"));
-    QCOMPARE(InGrid<QPushButton>(m_page.get(), 4, 0)->objectName(), QString("btnTestEnd"));
-    QCOMPARE(InGrid<QPushButton>(m_page.get(), 4, 0)->text(), QString("Finished"));
-    QVERIFY(InGrid<QWidget>(m_page.get(), 5, 2) != nullptr);
 }
 
 void StartPageTest::languageShowsTheSetting_data()

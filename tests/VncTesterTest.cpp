@@ -6,10 +6,8 @@
 #include <QClipboard>
 #include <QDir>
 #include <QFileInfo>
-#include <QLabel>
 #include <QPushButton>
 #include <QScopeGuard>
-#include <QSettings>
 
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -20,7 +18,7 @@ namespace
 const char* const serverPath = "/etc/vnclinuxfb.conf";
 const char* const clientPath = "/etc/frpc.ini";
 
-enum Row { Enable, ServerAddress, ServerPort, RemotePort, Security, Password, Set, Filler };
+enum Row { Enable, ServerAddress, ServerPort, RemotePort, Security, Password, Set };
 
 // Such a file as people write it by hand, with lines that a rewrite would spoil.
 const char* const clientFile = "# relay of the line\n"
@@ -58,16 +56,10 @@ private slots:
     void init();
     void cleanup();
 
-    void layoutHasARowForEachSetting_data();
-    void layoutHasARowForEachSetting();
-    void layoutHasTheMarginsOfTheGrid();
-
     void withoutFilesThePageIsEmpty();
     void fieldsShowWhatTheFilesHold();
-    void enableIsOnForOneAlone_data();
-    void enableIsOnForOneAlone();
-    void authenticationIsOnAboveOne_data();
-    void authenticationIsOnAboveOne();
+    void boxesAreOnForTheirNumbers_data();
+    void boxesAreOnForTheirNumbers();
     void fieldsAreNotReadAgain();
     void anyTextInAPortIsShown();
     void portFieldsTakeOnlyPorts_data();
@@ -80,22 +72,16 @@ private slots:
     void setWritesTheBoxesAsNumbers_data();
     void setWritesTheBoxesAsNumbers();
     void setChangesNoOtherLine();
-    void strangeLinesPlayNoPart_data();
-    void strangeLinesPlayNoPart();
     void strangePasswordStaysAsItIs_data();
     void strangePasswordStaysAsItIs();
     void setWritesWhatThePageShows();
     void emptyFieldIsWrittenEmpty();
-    void valueSurvivesTheRoundTrip();
     void filesAreWrittenInOrderAndSynchronised();
 
     void successIsTold_data();
     void successIsTold();
     void successIsToldWhateverBecameOfTheFiles_data();
     void successIsToldWhateverBecameOfTheFiles();
-
-    void strangeFilesOpen_data();
-    void strangeFilesOpen();
 
 private:
     QLineEdit* Field(Row row) { return InGrid<QLineEdit>(m_page.get(), row, 1); }
@@ -144,61 +130,6 @@ void VncTesterTest::CompareWithTheFiles()
     QCOMPARE(Field(RemotePort)->text(), QString("6000"));
 }
 
-void VncTesterTest::layoutHasARowForEachSetting_data()
-{
-    QTest::addColumn<QString>("language");
-    QTest::addColumn<int>("row");
-    QTest::addColumn<QString>("title");
-
-    const QStringList english = {
-        "Enable",        "Server ip:", "Server port:", "VNC remote port:", "Enable authentication",
-        "VNC password:", "Set"};
-    const QStringList chinese = {"启用",         "服务器地IP：", "服务器端口：", "VNC远端端口：",
-                                 "启用密码认证", "VNC密码：",    "设置"};
-    for (int row = Enable; row <= Set; ++row) {
-        QTest::addRow("english %d", row) << "english" << row << english[row];
-        QTest::addRow("chinese %d", row) << "chinese" << row << chinese[row];
-    }
-}
-
-void VncTesterTest::layoutHasARowForEachSetting()
-{
-    QFETCH(QString, language);
-    QFETCH(int, row);
-    QFETCH(QString, title);
-    Speak(language);
-    Rebuild();
-
-    auto* titleWidget = InGrid<QWidget>(m_page.get(), row, 0);
-    QVERIFY(titleWidget != nullptr);
-    QCOMPARE(titleWidget->property("text").toString(), title);
-    if (row == Set) {
-        QVERIFY(InGrid<QPushButton>(m_page.get(), row, 0) != nullptr);
-        QCOMPARE(titleWidget->size(), QSize(100, 30));
-        return;
-    }
-    QCOMPARE(titleWidget->size(), QSize(180, 30));
-    QVERIFY2(titleWidget->sizeHint().width() <= 180, "the text is cut");
-    if (row == Enable || row == Security) {
-        QVERIFY(Box(Row(row)) != nullptr);
-    } else {
-        QCOMPARE(Field(Row(row))->size(), QSize(240, 30));
-        QCOMPARE(Field(Row(row))->echoMode(), QLineEdit::Normal);
-    }
-}
-
-void VncTesterTest::layoutHasTheMarginsOfTheGrid()
-{
-    auto* layout = qobject_cast<QGridLayout*>(m_page->layout());
-    QCOMPARE(layout->contentsMargins(), QMargins(40, 20, 40, 20));
-    QCOMPARE(layout->verticalSpacing(), 20);
-    QCOMPARE(layout->horizontalSpacing(), 20);
-    QCOMPARE(Box(Enable)->geometry().topLeft(), QPoint(40, 20));
-    QCOMPARE(Field(ServerAddress)->geometry().topLeft(), QPoint(40 + 180 + 20, 20 + 30 + 20));
-    QVERIFY(InGrid<QWidget>(m_page.get(), Enable, 2) != nullptr);
-    QVERIFY(InGrid<QWidget>(m_page.get(), Filler, 2) != nullptr);
-}
-
 void VncTesterTest::withoutFilesThePageIsEmpty()
 {
     QVERIFY(!Box(Enable)->isChecked());
@@ -219,53 +150,29 @@ void VncTesterTest::fieldsShowWhatTheFilesHold()
     CompareWithTheFiles();
 }
 
-void VncTesterTest::enableIsOnForOneAlone_data()
+void VncTesterTest::boxesAreOnForTheirNumbers_data()
 {
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<bool>("on");
+    QTest::addColumn<bool>("enabled");
+    QTest::addColumn<bool>("authenticated");
 
-    for (const char* content : {"enable=1", "[General]\nenable=1", "enable=\"1\"", "enable =  1 ",
-                                "enable=1 ; on", "security=1\r\nenable=1\r\n"}) {
-        QTest::newRow(QByteArray(content).simplified()) << QByteArray(content) << true;
-    }
-    for (const char* content :
-         {"enable=0", "enable=2", "enable=-1", "enable=", "enable=true", "enable=1x",
-          "enable=4294967297", "enable=1,1", "[vnc]\nenable=1", "security=1"}) {
-        QTest::newRow(QByteArray(content).simplified()) << QByteArray(content) << false;
+    QTest::newRow("1") << true << false;
+    QTest::newRow("2") << false << true;
+    QTest::newRow("3") << false << true;
+    for (const char* value : {"0", "-1", "-2", "", "true", "1x", "1,1", "4294967297"}) {
+        QTest::newRow(value) << false << false;
     }
 }
 
-void VncTesterTest::enableIsOnForOneAlone()
+void VncTesterTest::boxesAreOnForTheirNumbers()
 {
-    QFETCH(QByteArray, content);
-    QFETCH(bool, on);
-    Board::WriteFile(serverPath, content);
+    QFETCH(bool, enabled);
+    QFETCH(bool, authenticated);
+    const QByteArray value = QTest::currentDataTag();
+    Board::WriteFile(serverPath, "enable=" + value + "\nsecurity=" + value + '\n');
     Rebuild();
 
-    QCOMPARE(Box(Enable)->isChecked(), on);
-}
-
-void VncTesterTest::authenticationIsOnAboveOne_data()
-{
-    QTest::addColumn<QByteArray>("value");
-    QTest::addColumn<bool>("on");
-
-    for (const char* value : {"2", "3"}) {
-        QTest::newRow(value) << QByteArray(value) << true;
-    }
-    for (const char* value : {"0", "1", "-2", "vnc", "99999999999999999999", ""}) {
-        QTest::newRow(value) << QByteArray(value) << false;
-    }
-}
-
-void VncTesterTest::authenticationIsOnAboveOne()
-{
-    QFETCH(QByteArray, value);
-    QFETCH(bool, on);
-    Board::WriteFile(serverPath, "security=" + value + "\n");
-    Rebuild();
-
-    QCOMPARE(Box(Security)->isChecked(), on);
+    QCOMPARE(Box(Enable)->isChecked(), enabled);
+    QCOMPARE(Box(Security)->isChecked(), authenticated);
 }
 
 void VncTesterTest::fieldsAreNotReadAgain()
@@ -453,60 +360,16 @@ void VncTesterTest::setChangesNoOtherLine()
     QCOMPARE(Content(clientPath), expected);
 }
 
-// Lines that QSettings joins with the next lines, or does not see.
-void VncTesterTest::strangeLinesPlayNoPart_data()
-{
-    QTest::addColumn<QByteArray>("line");
-
-    for (const char* line : {"# 7\" panel", "motto = a\"b", "path = C:\\", "# C:\\", "users = a, b",
-                             "\xef\xbb\xbf# 7\" panel", "\xef\xbb\xbfmotto=a\"b"}) {
-        QTest::newRow(line) << QByteArray(line);
-    }
-    QTest::newRow("zero byte and quote") << QByteArray("\0\"", 2);
-    QTest::newRow("zero byte before a key") << QByteArray("\0enable=7", 9);
-}
-
-void VncTesterTest::strangeLinesPlayNoPart()
-{
-    QFETCH(QByteArray, line);
-    const QByteArray server = line + "\nenable=1\nsecurity=2\npassword=secret\n";
-    const QByteArray client = line + "\n" + clientFile;
-    Board::WriteFile(serverPath, server);
-    Board::WriteFile(clientPath, client);
-    Rebuild();
-
-    CompareWithTheFiles();
-
-    PressSet();
-    QCOMPARE(Content(serverPath), server);
-    QCOMPARE(Content(clientPath), client);
-
-    Field(RemotePort)->setText("6001");
-    PressSet();
-    QCOMPARE(Content(serverPath), server);
-    QCOMPARE(Content(clientPath), QByteArray(client).replace("= 6000", "= 6001"));
-}
-
 void VncTesterTest::strangePasswordStaysAsItIs_data()
 {
     QTest::addColumn<QByteArray>("line");
     QTest::addColumn<QString>("shown");
 
-    const auto add = [](const char* name, const QByteArray& line, const QString& shown) {
-        QTest::newRow(name) << line << shown;
-    };
-    add("spelling", "password = \"a \" b\\x63 ; why", "a bc");
-    add("comma", "password=a,b", "a,b");
-    add("semicolon", "password=a;b", "a;b");
-    add("open quote", "password=a\"b", "a\"b");
-    add("back-slash at the end", "password=a\\", "a\\");
-    add("byte-order mark", "\xef\xbb\xbfpassword=a", "a");
-    add("form feed", "\fpassword=a", "a");
-    add("half of a character", "password=\xe5\xaf", "\u00e5\u00af");
-    add("type of Qt's own", "password=@Size(1 2)", "@Size(1 2)");
-    add("control characters", "password=a\\nb\\tc\\x0;", QString::fromLatin1("a\nb\tc\0;", 7));
-    add("longer than a field is by default", "password=" + QByteArray(40000, 'x'),
-        QString(40000, 'x'));
+    QTest::newRow("spelling") << QByteArray("password = \"a \" b\\x63 ; why") << "a bc";
+    QTest::newRow("control characters")
+        << QByteArray("password=a\\nb\\tc\\x0;") << QString::fromLatin1("a\nb\tc\0;", 7);
+    QTest::newRow("longer than a field is by default")
+        << "password=" + QByteArray(40000, 'x') << QString(40000, 'x');
 }
 
 void VncTesterTest::strangePasswordStaysAsItIs()
@@ -559,24 +422,6 @@ void VncTesterTest::emptyFieldIsWrittenEmpty()
     QByteArray expected = clientFile;
     expected.replace("= 203.0.113.7", "= ").replace("= 6000", "= ");
     QCOMPARE(Content(clientPath), expected);
-}
-
-void VncTesterTest::valueSurvivesTheRoundTrip()
-{
-    Board::WriteFile(clientPath, clientFile);
-    Rebuild();
-    for (const char* value : {"a;b", "a,b", "say \"hi\"", "end\\", " blanks ", "密码1", "@x)"}) {
-        Field(Password)->setText(value);
-        Field(ServerAddress)->setText(value);
-
-        PressSet();
-        Rebuild();
-
-        QCOMPARE(Field(Password)->text(), QString(value));
-        QCOMPARE(Field(ServerAddress)->text(), QString(value));
-        QCOMPARE(Field(RemotePort)->text(), QString("6000"));
-        QCOMPARE(QSettings(serverPath, QSettings::IniFormat).value("password"), QVariant(value));
-    }
 }
 
 void VncTesterTest::filesAreWrittenInOrderAndSynchronised()
@@ -634,12 +479,6 @@ void VncTesterTest::successIsToldWhateverBecameOfTheFiles_data()
 {
     QTest::addColumn<QByteArray>("maker");
     QTest::newRow("folders") << QByteArray("mkdir /etc/vnclinuxfb.conf /etc/frpc.ini");
-    QTest::newRow("pipes") << QByteArray("mkfifo /etc/vnclinuxfb.conf /etc/frpc.ini");
-    QTest::newRow("no such folder")
-        << QByteArray("ln -s /none/a /etc/vnclinuxfb.conf; ln -s /none/b /etc/frpc.ini");
-    QTest::newRow("read-only files")
-        << QByteArray("echo enable=0 >/etc/vnclinuxfb.conf; echo >/etc/frpc.ini;"
-                      "chmod 444 /etc/vnclinuxfb.conf /etc/frpc.ini");
     QTest::newRow("read-only disk")
         << QByteArray("mkdir -p /mnt/ro; mount -t tmpfs none /mnt/ro; touch /mnt/ro/a /mnt/ro/b;"
                       "mount -o remount,ro /mnt/ro;"
@@ -657,42 +496,6 @@ void VncTesterTest::successIsToldWhateverBecameOfTheFiles()
 
     QCOMPARE(Field(Password)->text(), QString("new"));
     umount("/mnt/ro");
-}
-
-void VncTesterTest::strangeFilesOpen_data()
-{
-    QTest::addColumn<QByteArray>("content");
-
-    QByteArray binary;
-    for (uint i = 0, bits = 7; i < 1024 * 1024; ++i) {
-        bits = bits * 1664525 + 1013904223;
-        binary += static_cast<char>(bits >> 24);
-    }
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("1 MB of anything") << binary;
-    QTest::newRow("1 MB value") << "password=" + QByteArray(1024 * 1024, 'x');
-    for (const char* text : {"key_of_another = value\n", "x", "\n", "\"", "[", "\\", "="}) {
-        QTest::newRow(QByteArray(text).simplified()) << QByteArray(text).repeated(100000);
-    }
-    QTest::newRow("1 MB of zeros") << QByteArray(1024 * 1024, '\0');
-    QTest::newRow("UTF-16") << QByteArray("\xff\xfe[\0c\0o\0m\0m\0o\0n\0]\0\n\0", 20);
-}
-
-void VncTesterTest::strangeFilesOpen()
-{
-    QFETCH(QByteArray, content);
-    Board::WriteFile(serverPath, content);
-    Board::WriteFile(clientPath, content);
-    Rebuild();
-    Field(Password)->setText("new");
-    Field(RemotePort)->setText("6001");
-
-    PressSet();
-    Rebuild();
-
-    QCOMPARE(Field(Password)->text(), QString("new"));
-    QCOMPARE(Field(RemotePort)->text(), QString("6001"));
-    QVERIFY(Content(clientPath).startsWith(content));
 }
 
 QTEST_MAIN(VncTesterTest)

@@ -6,7 +6,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileInfo>
-#include <QLabel>
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -20,17 +19,10 @@ namespace
 const QColor green(12, 141, 66);
 const QColor red(255, 0, 0);
 
-enum Row { Status, Name, Passphrase, Host, Result, Refresh, Filler = 8 };
+enum Row { Status, Name, Passphrase, Host, Result };
 
 const char* const resultsPath = "/tmp/wifi.ini";
 const char* const scanHeader = "bssid / frequency / signal level / flags / ssid\\n";
-
-QByteArray StatusOf(const QByteArray& ssid)
-{
-    return "bssid=02:00:00:00:01:00\nfreq=2412\nssid=" + ssid +
-           "\nid=0\nmode=station\npairwise_cipher=CCMP\ngroup_cipher=CCMP\nkey_mgmt=WPA2-PSK\n"
-           "wpa_state=COMPLETED\nip_address=192.168.43.2\naddress=02:00:00:00:00:02\n";
-}
 
 bool IsInterfaceUp()
 {
@@ -50,10 +42,6 @@ private slots:
     void init();
     void cleanup();
 
-    void layoutHasARowForEachStep_data();
-    void layoutHasARowForEachStep();
-    void layoutHasTheMarginsOfTheGrid();
-
     void interfaceDownAtStartIsDisconnected();
     void interfaceDownLeavesTheButtonsWithoutEffect();
     void interfaceUpAtStartOffersToClose();
@@ -62,18 +50,15 @@ private slots:
     void openSwitchesTheInterface();
     void openFlipsWhateverBecameOfTheCommand();
 
-    void statusOfEverySupplicantState_data();
-    void statusOfEverySupplicantState();
-    void statusThatDoesNotTellIsLeftUntouched_data();
-    void statusThatDoesNotTellIsLeftUntouched();
+    void statusIsThatOfTheSupplicant_data();
+    void statusIsThatOfTheSupplicant();
     void statusIsReadNoFurtherThan99Bytes();
     void statusNeverTakesTheStationForTheName();
 
     void scanListsTheNetworksOfAnEarlierScan();
     void scanShowsWhatTheSupplicantPrints_data();
     void scanShowsWhatTheSupplicantPrints();
-    void namesAreShownAsPeopleReadThem_data();
-    void namesAreShownAsPeopleReadThem();
+    void nameIsShownAsPeopleReadIt();
     void longNameKeepsItsSignalInSight();
     void scanReplacesTheList();
     void scanOf200Networks();
@@ -90,8 +75,6 @@ private slots:
     void connectNeedsANameAndAPassphrase();
     void connectJoinsANetworkOfAnyName_data();
     void connectJoinsANetworkOfAnyName();
-    void connectTakesAnyPassphrase_data();
-    void connectTakesAnyPassphrase();
     void connectRefusesWhatDoesNotFit_data();
     void connectRefusesWhatDoesNotFit();
 
@@ -157,70 +140,6 @@ void WifiTesterTest::Join(const QString& item, const QString& passphrase)
     Networks()->addItem(item);
     Field(Passphrase)->setText(passphrase);
     Press(m_page.get(), "btnConnect");
-}
-
-void WifiTesterTest::layoutHasARowForEachStep_data()
-{
-    QTest::addColumn<QString>("language");
-    QTest::addColumn<int>("row");
-    QTest::addColumn<QString>("title");
-    QTest::addColumn<QString>("button");
-    QTest::addColumn<QString>("name");
-
-    const QStringList names = {"m_btnOpenWifi", "btnScan", "btnConnect",
-                               "btnPing",       "btnSave", "btnRef"};
-    const QStringList english = {"Wifi:", "Open", "Name:",   "Scan", "Password:", "Connect",
-                                 "Ping:", "Test", "Result:", "Save", "",          "Refresh"};
-    const QStringList chinese = {"WIFI状态：", "开启", "名 称：", "扫描", "密 码：", "连接",
-                                 "Ping:",      "检测", "结 果：", "保存", "",        "状态刷新"};
-    for (int row = Status; row <= Refresh; ++row) {
-        QTest::addRow("english %d", row)
-            << "english" << row << english[2 * row] << english[2 * row + 1] << names[row];
-        QTest::addRow("chinese %d", row)
-            << "chinese" << row << chinese[2 * row] << chinese[2 * row + 1] << names[row];
-    }
-}
-
-void WifiTesterTest::layoutHasARowForEachStep()
-{
-    QFETCH(QString, language);
-    QFETCH(int, row);
-    QFETCH(QString, title);
-    QFETCH(QString, button);
-    QFETCH(QString, name);
-    Speak(language);
-    BuildOn("");
-
-    auto* pushButton = InGrid<QPushButton>(m_page.get(), row, 2);
-    QVERIFY(pushButton != nullptr);
-    QCOMPARE(pushButton->text(), button);
-    QCOMPARE(pushButton->objectName(), name);
-    QCOMPARE(pushButton->size(), QSize(100, 30));
-    auto* label = InGrid<QLabel>(m_page.get(), row, 0);
-    if (row == Refresh) {
-        QVERIFY(label == nullptr);
-        return;
-    }
-    QCOMPARE(label->text(), title);
-    QCOMPARE(label->size(), QSize(100, 30));
-    QVERIFY2(label->sizeHint().width() <= 100, "the title is cut");
-    if (row == Name) {
-        QCOMPARE(Networks()->height(), 30);
-        QVERIFY(!Networks()->isEditable());
-    } else {
-        QVERIFY(!Field(Row(row))->isReadOnly());
-        QCOMPARE(Field(Row(row))->echoMode(), QLineEdit::Normal);
-    }
-}
-
-void WifiTesterTest::layoutHasTheMarginsOfTheGrid()
-{
-    BuildOn("");
-    QCOMPARE(m_page->layout()->contentsMargins(), QMargins(40, 20, 40, 20));
-    QCOMPARE(qobject_cast<QGridLayout*>(m_page->layout())->verticalSpacing(), 20);
-    QCOMPARE(InGrid<QLabel>(m_page.get(), Status, 0)->geometry().topLeft(), QPoint(40, 20));
-    QVERIFY(InGrid<QWidget>(m_page.get(), Filler, 2) != nullptr);
-    QCOMPARE(Field(Host)->text(), QString("dns.alidns.com"));
 }
 
 void WifiTesterTest::interfaceDownAtStartIsDisconnected()
@@ -324,37 +243,27 @@ void WifiTesterTest::openFlipsWhateverBecameOfTheCommand()
              QStringList({"ifconfig wlan0 up", "ifconfig wlan0 down"}));
 }
 
-void WifiTesterTest::statusOfEverySupplicantState_data()
+void WifiTesterTest::statusIsThatOfTheSupplicant_data()
 {
     QTest::addColumn<QByteArray>("status");
     QTest::addColumn<QString>("shown");
 
-    for (const char* state :
-         {"DISCONNECTED", "INACTIVE", "INTERFACE_DISABLED", "SCANNING", "AUTHENTICATING",
-          "ASSOCIATING", "ASSOCIATED", "4WAY_HANDSHAKE", "GROUP_HANDSHAKE", "UNKNOWN"}) {
-        QTest::newRow(state) << QByteArray("ssid=Bench\nwpa_state=") + state +
-                                    "\nip_address=192.168.43.2\n"
-                             << "Disconnect";
-    }
-    QTest::newRow("COMPLETED") << StatusOf("Bench") << "Connected Bench";
-    QTest::newRow("COMPLETED without an address")
-        << QByteArray("ssid=Bench\nwpa_state=COMPLETED\n") << "Disconnect";
-    QTest::newRow("name with a blank") << StatusOf("My Bench") << "Connected My Bench";
-    QTest::newRow("escaped name") << StatusOf("\\xe5\\xb7\\xa5") << "Connected 工";
-    QTest::newRow("escaped quote") << StatusOf("a\\\"b") << "Connected a\"b";
-    QTest::newRow("name of no text") << StatusOf("\\xff\\xfe") << "Connected \\xff\\xfe";
-    QTest::newRow("line end in the name") << StatusOf("a\\nb") << "Connected a\\nb";
-    QTest::newRow("name in UTF-8") << StatusOf("工厂") << "Connected 工厂";
-    QTest::newRow("name with an equals sign") << StatusOf("ssid=x") << "Connected ssid=x";
-    QTest::newRow("empty name") << StatusOf("") << "Connected ";
-    QTest::newRow("32 bytes") << StatusOf(QByteArray(32, 'n')) << "Connected " + QString(32, 'n');
+    const QByteArray joined = "wpa_state=COMPLETED\nip_address=192.168.43.2\n";
+    QTest::newRow("joined") << "bssid=02:00:00:00:01:00\nfreq=2412\nssid=\\xe5\\xb7\\xa5 1\n"
+                               "id=0\nkey_mgmt=WPA2-PSK\n" +
+                                   joined
+                            << "Connected 工 1";
+    QTest::newRow("scanning") << QByteArray("wpa_state=SCANNING\n") << "Disconnect";
     QTest::newRow("no supplicant")
         << QByteArray("Failed to connect to non-global ctrl_ifname: wlan0  error: No such file\n")
         << "Disconnect";
-    QTest::newRow("nothing") << QByteArray() << "Disconnect";
+    QTest::newRow("no name") << joined << "before";
+    QTest::newRow("no line end after the name within reach")
+        << joined + "ssid=" + QByteArray(80, 'n') + "\n"
+        << "before";
 }
 
-void WifiTesterTest::statusOfEverySupplicantState()
+void WifiTesterTest::statusIsThatOfTheSupplicant()
 {
     QFETCH(QByteArray, status);
     QFETCH(QString, shown);
@@ -366,29 +275,6 @@ void WifiTesterTest::statusOfEverySupplicantState()
     Press(m_page.get(), "btnRef");
 
     QCOMPARE(Field(Status)->text(), shown);
-}
-
-void WifiTesterTest::statusThatDoesNotTellIsLeftUntouched_data()
-{
-    QTest::addColumn<QByteArray>("status");
-
-    QTest::newRow("no name") << QByteArray("wpa_state=COMPLETED\nip_address=192.168.43.2\n");
-    QTest::newRow("no line end after the name within reach")
-        << QByteArray("wpa_state=COMPLETED\nip_address=192.168.43.2\nssid=") + QByteArray(80, 'n') +
-               "\n";
-}
-
-void WifiTesterTest::statusThatDoesNotTellIsLeftUntouched()
-{
-    QFETCH(QByteArray, status);
-    BuildOn("wlan0 up\n");
-    Board::WriteFile("/run/board/status", status);
-    Board::PutTool("wpa_cli", "cat /run/board/status");
-    Field(Status)->setText("before");
-
-    Press(m_page.get(), "btnRef");
-
-    QCOMPARE(Field(Status)->text(), QString("before"));
 }
 
 void WifiTesterTest::statusIsReadNoFurtherThan99Bytes()
@@ -480,55 +366,10 @@ void WifiTesterTest::scanShowsWhatTheSupplicantPrints()
     QVERIFY(!QFileInfo::exists(resultsPath));
 }
 
-void WifiTesterTest::namesAreShownAsPeopleReadThem_data()
+void WifiTesterTest::nameIsShownAsPeopleReadIt()
 {
-    QTest::addColumn<QString>("item");
-    QTest::addColumn<QString>("shown");
-
-    // Keeps the signal behind a name that is written from right to left.
-    const QString mark(QChar(0x200e));
-    QTest::newRow("plain") << "Bench -50"
-                           << "Bench -50";
-    QTest::newRow("Chinese") << R"(\xe5\xb7\xa5\xe5\x8e\x82 -61)"
-                             << "工厂" + mark + " -61";
-    QTest::newRow("mixed") << R"(Bench\xe4\xb8\x80 -61)"
-                           << "Bench一" + mark + " -61";
-    QTest::newRow("Hebrew") << R"(\xd7\xa9\xd7\x9c -50)"
-                            << "של" + mark + " -50";
-    QTest::newRow("a picture") << R"(\xf0\x9f\x98\x80 -50)"
-                               << "😀" + mark + " -50";
-    QTest::newRow("quote and backslash") << R"(a\"b\\c -50)"
-                                         << R"(a"b\c)" + mark + " -50";
-    QTest::newRow("a backslash and no escape") << R"(\\xe5\\xb7 -50)"
-                                               << R"(\xe5\xb7)" + mark + " -50";
-    QTest::newRow("in UTF-8 already") << "工厂 -61"
-                                      << "工厂 -61";
-    QTest::newRow("no signal") << R"(\xe5\xb7\xa5)"
-                               << "工" + mark;
-    QTest::newRow("hidden") << " -75"
-                            << " -75";
-    // These are shown as the client prints them.
-    for (const char* name : {
-             R"(\xff\xfe)",       R"(\xe5\xb7)",
-             R"(\xc0\xaf)",       R"(\xed\xa0\x80)", // no UTF-8
-             R"(a\nb)",           R"(a\rb)",
-             R"(a\tb)",           R"(\e[31m)",
-             R"(\x01)",           R"(\x7f)",
-             R"(a\xc2\x85b)",     R"(a\xe2\x80\xa8b)",
-             R"(a\xe2\x80\xa9b)",                      // line and paragraph separators
-             R"(a\xe2\x80\xaeb)", R"(\xe2\x81\xa6a)",  // bidirectional control
-             R"(\xef\xbb\xbfa)",  R"(a\xe2\x80\x8bb)", // what is not seen
-             R"(\xef\xbf\xbf)",   R"(\xf3\xb0\x80\x80)",
-             R"(\xe5\x)",         R"(\x00)", // no characters
-         }) {
-        QTest::newRow(name) << QString(name) + " -50" << QString(name) + " -50";
-    }
-}
-
-void WifiTesterTest::namesAreShownAsPeopleReadThem()
-{
-    QFETCH(QString, item);
-    QFETCH(QString, shown);
+    const QString item = R"(\xe5\xb7\xa5\xe5\x8e\x82 -61)";
+    const QString shown = "工厂" + QString(QChar(0x200e)) + " -61";
     BuildOn("");
     auto* list = qobject_cast<QStyledItemDelegate*>(Networks()->view()->itemDelegate());
     QVERIFY(list != nullptr);
@@ -731,38 +572,7 @@ void WifiTesterTest::connectJoinsANetworkOfAnyName_data()
 {
     QTest::addColumn<QByteArray>("name");
 
-    for (const char* name : {"Bench",
-                             "a'b",
-                             "a';reboot;'",
-                             "''",
-                             "a\"b",
-                             "\"quoted\"",
-                             "a\\b",
-                             "a\\\\b",
-                             "\\x41",
-                             "end\\",
-                             "x=1",
-                             "-n",
-                             "--help",
-                             "$HOME",
-                             "$(reboot)",
-                             "`reboot`",
-                             "a&b|c;d>e<f",
-                             "#",
-                             "*",
-                             "!!",
-                             "~",
-                             "%s%n%d",
-                             "工厂",
-                             "Café",
-                             "\xff\xfe\x80",
-                             "\x01\x02\x1b\x7f",
-                             "a\tb",
-                             "a\\tb",
-                             "0123456789abcdef0123456789abcdef",
-                             "一二三四五六七八九十ab",
-                             "[x]",
-                             "COMPLETED"}) {
+    for (const char* name : {"a';reboot;'", "工厂", "\xff\xfe\x80"}) {
         QTest::newRow(name) << QByteArray(name);
     }
 }
@@ -795,57 +605,15 @@ void WifiTesterTest::connectJoinsANetworkOfAnyName()
     QVERIFY(status.readAll().contains("wpa_state=COMPLETED\nip_address="));
 }
 
-void WifiTesterTest::connectTakesAnyPassphrase_data()
-{
-    QTest::addColumn<QString>("passphrase");
-
-    for (const char* passphrase :
-         {"12345678", "it's a bench", "';reboot;'x", "say \"hello\"", "\"quoted\"", "back\\slash",
-          "ends in \\", "$(reboot) `reboot`", "  blanks  ", "a;b&c|d>e", "密码密码", "%s%s%s%s",
-          "-leading", "#hash!~*?"}) {
-        QTest::newRow(passphrase) << QString(passphrase);
-    }
-    QTest::newRow("the longest that fits") << QString(60, 'p');
-}
-
-void WifiTesterTest::connectTakesAnyPassphrase()
-{
-    QFETCH(QString, passphrase);
-    QByteArray described;
-    for (const char c : passphrase.toUtf8()) {
-        described += "\\x" + QByteArray(1, c).toHex();
-    }
-    BuildOn("wlan0 up\nnetwork Bench -50 " + described + "\n");
-
-    Join("Bench -50", passphrase);
-
-    QCOMPARE(Field(Status)->text(), QString("Connected Bench"));
-    QCOMPARE(Board::Calls().filter(QRegularExpression("^(?!wpa_cli|udhcpc)")), QStringList());
-}
-
 void WifiTesterTest::connectRefusesWhatDoesNotFit_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("passphrase");
     QTest::addColumn<bool>("fits");
 
-    QTest::newRow("passphrase of 60") << "Bench" << QString(60, 'p') << true;
-    QTest::newRow("passphrase of 61") << "Bench" << QString(61, 'p') << false;
-    QTest::newRow("passphrase of 63") << "Bench" << QString(63, 'p') << false;
-    QTest::newRow("passphrase of 100000") << "Bench" << QString(100000, 'p') << false;
-    QTest::newRow("15 single quotes") << "Bench" << QString(15, '\'') << true;
-    QTest::newRow("16 single quotes") << "Bench" << QString(16, '\'') << false;
-    QTest::newRow("Chinese passphrase of 60 bytes")
-        << "Bench" << QString(20, QChar(0x5bc6)) << true;
-    QTest::newRow("Chinese passphrase of 63 bytes")
-        << "Bench" << QString(21, QChar(0x5bc6)) << false;
-    QTest::newRow("passphrase with a zero character")
-        << "Bench"
-        << "1234" + QString(QChar(0)) + "5678" << false;
-    QTest::newRow("name of 32") << QString(32, 'n') << "12345678" << true;
-    QTest::newRow("name of 59") << QString(59, 'n') << "12345678" << true;
-    QTest::newRow("name of 60") << QString(60, 'n') << "12345678" << false;
-    QTest::newRow("name of single quotes") << QString(32, '\'') << "12345678" << false;
+    QTest::newRow("all") << QString(59, 'n') << QString(60, 'p') << true;
+    QTest::newRow("passphrase too long") << "Bench" << QString(61, 'p') << false;
+    QTest::newRow("name too long") << QString(60, 'n') << "12345678" << false;
 }
 
 void WifiTesterTest::connectRefusesWhatDoesNotFit()
@@ -901,11 +669,7 @@ void WifiTesterTest::pingIsJudgedByItsText_data()
     QTest::addColumn<QByteArray>("output");
     QTest::addColumn<bool>("good");
 
-    QTest::newRow("lower case") << QByteArray("64 bytes: seq=0 ttl=64 time=0.1 ms") << true;
-    QTest::newRow("upper case") << QByteArray("Reply: bytes=32 TTL=128") << true;
-    QTest::newRow("mixed case") << QByteArray("64 bytes: Ttl=64") << false;
-    QTest::newRow("total loss") << QByteArray("2 packets transmitted, 0 received") << false;
-    QTest::newRow("nothing") << QByteArray() << false;
+    QTest::newRow("answer") << QByteArray("Reply: bytes=32 TTL=128") << true;
     QTest::newRow("no text at all") << QByteArray("\\377\\376\\001") << false;
 }
 

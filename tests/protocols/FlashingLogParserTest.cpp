@@ -1,6 +1,11 @@
 #include "protocols/FlashingLogParser.h"
+#include "simulated-board/devices/FlashingLog.h"
 
 #include <QTest>
+
+#include <random>
+
+Q_DECLARE_METATYPE(FlashingRun)
 
 namespace
 {
@@ -47,11 +52,15 @@ private slots:
     void chunkIsCutIntoLines();
     void lineMayComeInSeveralChunks();
     void lineThatBeginsWithAReturnWaitsForTheNextChunk();
+    void textBehindANulIsNotJudged();
     void lineIsJudgedByItsLastFourMillionCharacters_data();
     void lineIsJudgedByItsLastFourMillionCharacters();
     void everythingBurntNeedsBothParts_data();
     void everythingBurntNeedsBothParts();
     void resetForgetsEachPartButNotTheLine();
+
+    void runIsJudgedWhateverItsChunks_data();
+    void runIsJudgedWhateverItsChunks();
 
     void lineIsJudgedByItsFirstMarker_data();
     void lineIsJudgedByItsFirstMarker();
@@ -99,8 +108,14 @@ void FlashingLogParserTest::lineMayComeInSeveralChunks()
 void FlashingLogParserTest::lineThatBeginsWithAReturnWaitsForTheNextChunk()
 {
     FlashingLogParser log;
-    QCOMPARE(Results(log, {"\rbegin to erase flash"}), QStringList());
+    QCOMPARE(Results(log, {"\rbegin to erase flash\rmmc 2 exit\r"}), QStringList());
     QCOMPARE(Results(log, {"\n"}), QStringList("515 pass"));
+}
+
+void FlashingLogParserTest::textBehindANulIsNotJudged()
+{
+    FlashingLogParser log;
+    QCOMPARE(Results(log, {QByteArray("one\0mmc 2 exit\n", 15)}), QStringList());
 }
 
 void FlashingLogParserTest::lineIsJudgedByItsLastFourMillionCharacters_data()
@@ -176,6 +191,62 @@ void FlashingLogParserTest::resetForgetsEachPartButNotTheLine()
     Results(log, {"begin to erase "});
     log.Reset();
     QCOMPARE(Results(log, {"flash\n"}), QStringList("515 pass"));
+}
+
+void FlashingLogParserTest::runIsJudgedWhateverItsChunks_data()
+{
+    QTest::addColumn<FlashingRun>("run");
+    QTest::addColumn<QStringList>("results");
+
+    const QStringList good{"515 pass", "516 pass", "505 pass", "504 pass", "502 pass",
+                           "507 pass", "509 pass", "511 pass", "503 pass"};
+    FlashingRun run;
+    QTest::newRow("good eMMC") << run << good;
+    run.lineEnd = "\n";
+    QTest::newRow("line feeds") << run << good;
+    run.countsWithReturns = true;
+    QTest::newRow("counters with returns") << run << good;
+    run = FlashingRun();
+    run.isNand = true;
+    QTest::newRow("good NAND") << run << good;
+    run.selfTestPasses = false;
+    QTest::newRow("self-test fails")
+        << run << good.mid(0, 5) + QStringList{"508 fail", "510 fail", "512 fail", "503 pass"};
+    run = FlashingRun();
+    run.outcome = FlashingRun::Outcome::NoRootfs;
+    QTest::newRow("no rootfs") << run
+                               << good.mid(0, 2) + QStringList{"504 pass", "506 fail"} +
+                                      good.mid(5);
+    run.outcome = FlashingRun::Outcome::NoUboot;
+    QTest::newRow("no U-Boot") << run << good.mid(0, 3) + QStringList{"506 fail"} + good.mid(5);
+    run.outcome = FlashingRun::Outcome::Stuck;
+    QTest::newRow("stuck") << run << QStringList(good.mid(0, 3));
+}
+
+void FlashingLogParserTest::runIsJudgedWhateverItsChunks()
+{
+    QFETCH(FlashingRun, run);
+    QFETCH(QStringList, results);
+    for (const unsigned largestChunk : {1U, 2U, 7U, 64U, 1000U, 1000000U}) {
+        run.seed = largestChunk;
+        const QByteArray log = QByteArray::fromStdString(FlashingLog(run));
+        std::mt19937 random(largestChunk);
+        QList<QByteArray> chunks;
+        for (int at = 0; at < log.size(); at += chunks.last().size()) {
+            chunks << log.mid(at, 1 + static_cast<int>(random() % largestChunk));
+        }
+        FlashingLogParser parser;
+        QCOMPARE(Results(parser, chunks), results);
+    }
+
+    // Bare returns end lines, too, when a slow port brings one line at a time.
+    run.lineEnd = "\r";
+    QList<QByteArray> lines;
+    for (const QByteArray& line : QByteArray::fromStdString(FlashingLog(run)).split('\r')) {
+        lines << line + '\r';
+    }
+    FlashingLogParser parser;
+    QCOMPARE(Results(parser, lines), results);
 }
 
 void FlashingLogParserTest::lineIsJudgedByItsFirstMarker_data()

@@ -43,6 +43,8 @@ private slots:
     void nothingOutsideTheLinePlaysAPart_data();
     void nothingOutsideTheLinePlaysAPart();
     void unchangedValueKeepsItsSpelling();
+    void anyContentTakesAValue_data();
+    void anyContentTakesAValue();
 };
 
 void IniFileTest::valueReadsBackTheSame_data()
@@ -126,6 +128,7 @@ void IniFileTest::valueIsReadFromItsLine_data()
     add("key=@String(a)", "a", true);
     add("key=@Size(1)", "@Size(1)", true);
     add("key=\xe9", "\u00e9", true);
+    add("key=\xe5\xaf", "\u00e5\u00af", true);
     // QSettings would make lists, values of its own types and values of several lines of these.
     add("key=a;b", "a;b", false);
     add("key=a, b,", "a, b,", false);
@@ -263,6 +266,34 @@ void IniFileTest::unchangedValueKeepsItsSpelling()
         const QByteArray content = "[vnc]\n" + QByteArray(line);
         QCOMPARE(IniWithValue(content, remotePort, "6001"), content);
     }
+}
+
+void IniFileTest::anyContentTakesAValue_data()
+{
+    QTest::addColumn<QByteArray>("content");
+
+    QByteArray binary;
+    for (uint i = 0, bits = 7; i < 1024 * 1024; ++i) {
+        bits = bits * 1664525 + 1013904223;
+        binary += static_cast<char>(bits >> 24);
+    }
+    QTest::newRow("1 MB of anything") << binary;
+    QTest::newRow("1 MB value") << "key=" + QByteArray(1024 * 1024, 'x');
+    for (const char* text : {"key_of_another = value\n", "x", "\n", "\"", "[", "\\", "="}) {
+        QTest::newRow(QByteArray(text).simplified()) << QByteArray(text).repeated(100000);
+    }
+    QTest::newRow("1 MB of zeros") << QByteArray(1024 * 1024, '\0');
+    QTest::newRow("UTF-16") << QByteArray("\xff\xfe[\0v\0n\0c\0]\0\n\0", 14);
+}
+
+void IniFileTest::anyContentTakesAValue()
+{
+    QFETCH(QByteArray, content);
+
+    const QByteArray changed = IniWithValue(content, remotePort, "6001");
+
+    QVERIFY(changed.startsWith(content));
+    QCOMPARE(IniValue(changed, remotePort), QString("6001"));
 }
 
 QTEST_APPLESS_MAIN(IniFileTest)

@@ -101,8 +101,7 @@ void PlayerTest::nameReachesThePlayerWhole_data()
 {
     QTest::addColumn<QString>("name");
 
-    const char* const names[] = {"/mnt/plain.wav",
-                                 "/mnt/a b  c.wav",
+    const char* const names[] = {"/mnt/a b  c.wav",
                                  "/mnt/it's.wav",
                                  "/mnt/'quoted'.wav",
                                  "/mnt/\"quoted\".wav",
@@ -117,10 +116,8 @@ void PlayerTest::nameReachesThePlayerWhole_data()
                                  "/mnt/*.wav",
                                  "/mnt/[a-z]?.wav",
                                  "/mnt/{a,b}.wav",
-                                 "/mnt/a#b.wav",
                                  "#.wav",
                                  "~/a.wav",
-                                 "a=b.wav",
                                  "!!.wav",
                                  "(a).wav",
                                  "/mnt/back\\slash\\",
@@ -132,6 +129,9 @@ void PlayerTest::nameReachesThePlayerWhole_data()
                                  "' '"};
     for (const char* const name : names) {
         QTest::newRow(QByteArray(name).toPercentEncoding(" '\"/").constData()) << QString(name);
+    }
+    for (char character = '!'; character <= '~'; ++character) {
+        QTest::addRow("a%cb", character) << QString("a%1b.wav").arg(character);
     }
 }
 

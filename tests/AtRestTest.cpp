@@ -69,7 +69,7 @@ private:
     void ComesToRest();
 
     MoskTester* m_window = nullptr;
-    std::unique_ptr<CanBus> m_bus;
+    CanBus m_bus;
     int m_repaints = 0;
 };
 
@@ -78,7 +78,6 @@ void AtRestTest::initTestCase()
     ApplyLook();
     Board::Become("language english\nport ttyS2 nothing\ncamera video0 #2060c0 Front camera\n");
     Speak("english");
-    m_bus = CanBus::Create();
     g_mainwnd = new MoskTester;
     m_window = g_mainwnd;
     m_window->show();

@@ -57,7 +57,6 @@ class CanTesterTest : public PageFixture<CanTester>
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void init();
     void cleanup();
 
@@ -103,16 +102,11 @@ private:
     std::unique_ptr<CanBus> m_bus;
 };
 
-void CanTesterTest::initTestCase()
-{
-    qInfo("The CAN bus is %s", qPrintable(CanBus::Create()->Name()));
-}
-
 void CanTesterTest::init()
 {
     Board::Become("language english\n");
     Speak("english");
-    m_bus = CanBus::Create();
+    m_bus = std::make_unique<CanBus>();
     Rebuild();
 }
 
@@ -138,29 +132,23 @@ void CanTesterTest::pageIsInTheLanguageOfTheProgram()
 
 void CanTesterTest::openBindsCan0()
 {
-    if (m_bus->Name().contains("kernel's")) {
-        QSKIP("The kernel's own CAN tells nothing of the calls");
-    }
     Open();
-    const CanSocketCalls calls = LastCanSocketCalls();
+    const CanSocketCalls& calls = canSocketCalls;
     QCOMPARE(calls.opened, 1);
     QCOMPARE(calls.type, static_cast<int>(SOCK_RAW));
     QCOMPARE(calls.protocol, CAN_RAW);
-    QCOMPARE(calls.interface, QString("can0"));
+    QCOMPARE(calls.interface, std::string("can0"));
     QCOMPARE(calls.boundFamily, AF_CAN);
     QCOMPARE(calls.boundIndex, 7);
 }
 
 void CanTesterTest::firstInterfaceIsTheOneAskedFor()
 {
-    if (m_bus->Name().contains("kernel's")) {
-        QSKIP("The kernel's own CAN tells nothing of the calls");
-    }
     m_page->StartCan(1);
-    QCOMPARE(LastCanSocketCalls().interface, QString("can1"));
+    QCOMPARE(canSocketCalls.interface, std::string("can1"));
     Rebuild();
     m_page->StartCan(0);
-    QCOMPARE(LastCanSocketCalls().interface, QString("can0"));
+    QCOMPARE(canSocketCalls.interface, std::string("can0"));
 }
 
 void CanTesterTest::openTwiceStaysAsItIs()
@@ -169,11 +157,11 @@ void CanTesterTest::openTwiceStaysAsItIs()
     m_page->StartCan(0);
     m_bus->Send("001#");
     QTRY_VERIFY(!Received().isEmpty());
-    const int opened = LastCanSocketCalls().opened;
+    const int opened = canSocketCalls.opened;
     const int descriptors = Count("fd");
     const int threads = Count("task");
     m_page->StartCan(0);
-    QCOMPARE(LastCanSocketCalls().opened, opened);
+    QCOMPARE(canSocketCalls.opened, opened);
     QCOMPARE(Count("fd"), descriptors);
     QTRY_VERIFY(Count("task") <= threads);
 }
@@ -200,9 +188,6 @@ void CanTesterTest::receivedFrameShows()
 {
     QFETCH(QString, frame);
     QFETCH(QString, text);
-    if (frame.startsWith("2000") && !m_bus->CarriesErrors()) {
-        QSKIP("This bus carries no error frames");
-    }
     Open();
     m_bus->Send(frame);
     QTRY_COMPARE(Received(), text);
@@ -427,10 +412,7 @@ void CanTesterTest::freshPageOpensTheBusAgain()
 
 void CanTesterTest::kernelWithoutCanIsSilent()
 {
-    if (m_bus->Name().contains("kernel's")) {
-        QSKIP("This kernel has CAN");
-    }
-    SetCanFault(CanFault::NoCan);
+    canFault = CanFault::NoCan;
     const int threads = Count("task");
     for (int i = 0; i < 5; ++i) {
         Press(m_page.get(), "btnOpenCom");
@@ -446,13 +428,10 @@ void CanTesterTest::kernelWithoutCanIsSilent()
 
 void CanTesterTest::missingInterfaceIsSilent()
 {
-    if (m_bus->Name().contains("kernel's")) {
-        QSKIP("This kernel has the interface");
-    }
-    SetCanFault(CanFault::NoInterface);
+    canFault = CanFault::NoInterface;
     Open();
     // Never bound to index 0, which is every bus there is.
-    QCOMPARE(LastCanSocketCalls().boundIndex, -1);
+    QCOMPARE(canSocketCalls.boundIndex, -1);
     QVERIFY(QApplication::activeModalWidget() == nullptr);
 }
 

@@ -28,12 +28,12 @@ void CanThreadsTest::threadHasEndedWhenItsSocketIsClosed_data()
 void CanThreadsTest::threadHasEndedWhenItsSocketIsClosed()
 {
     QFETCH(bool, byButton);
-    const auto bus = CanBus::Create();
+    CanBus bus;
     for (int i = 0; i < 5; ++i) {
         auto page = std::make_unique<CanTester>(nullptr);
         auto* openClose = page->findChild<QPushButton*>("btnOpenCom");
         openClose->click();
-        bus->Send("001#");
+        bus.Send("001#");
         auto* view = page->findChild<ReceiveView*>();
         QTRY_VERIFY(!view->toPlainText().isEmpty());
         page->findChild<QPushButton*>("btnSendCom")->click();

@@ -6,6 +6,7 @@ import os
 import re
 import shutil
 import socket
+import time
 
 PLACE = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", "..", "out", "board"))
 # The board sees this folder as /media/bench.
@@ -111,6 +112,19 @@ class Console:
     def __init__(self):
         self.peer = connect("console")
         self.count = 0
+        self.wait_for_shell()
+
+    def wait_for_shell(self, patience=60):
+        """Asks again and again: the console forgets what it was sent while a shell takes it over."""
+        self.peer.settimeout(1)
+        heard = b""
+        end = time.monotonic() + patience
+        while b"==shell" not in heard and time.monotonic() < end:
+            self.peer.sendall(b"\x15echo '=='shell\n")
+            try:
+                heard += self.peer.recv(65536)
+            except socket.timeout:
+                pass
 
     def run(self, command, patience=60):
         """Runs a command. Returns its output and its exit status."""

@@ -1,0 +1,241 @@
+#!/bin/bash
+# What is installed, and what the packages say about it:
+#
+#   installed.sh PROJECT BUILD
+set -eu
+
+project=$1
+build=$2
+cd "$project"
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+tree=$scratch/tree
+failures=0
+DESTDIR=$tree cmake --install "$build" >"$scratch/log"
+
+# report WHAT PROBLEMS: it is right when there are none.
+report() {
+    if [ -z "$2" ]; then
+        echo "$1: ok"
+    else
+        printf '%s: WRONG\n%s\n' "$1" "$2"
+        failures=$((failures + 1))
+    fi
+}
+
+# lacks TEXT-OF-LINES: those of the lines on standard input that it has not.
+lacks() {
+    grep -vxF -f <(printf '%s\n' "$1") || true
+}
+
+# --- The files ---
+
+installed=$(cd "$tree" && find . -type f | sed 's|^\./||')
+# A line of the packages' lists as an expression for files. Only Debian has a folder for each processor.
+as_expression() {
+    sed 's|\.|\\.|g; s|/\*/|/(.*/)?|; s|$|(/.*)?|'
+}
+report "every installed file is in a package" "$(
+    grep -vxE "$(cat debian/*.install debian/mosktest.docs | as_expression)" <<<"$installed" || true)"
+report "every file of a package is there" "$(cat debian/*.install debian/*.docs | while read -r name; do
+    grep -qxE "$(as_expression <<<"$name")" <<<"$installed" || [ -e "$name" ] || echo "$name"
+done)"
+report "the service and the manual are installed" "$(
+    for file in packaging/man/* packaging/service/*; do
+        [ -n "$(find "$tree" -type f -exec cmp -s {} "$file" \; -print)" ] ||
+            grep -qxF "$file" debian/mosktest.docs || echo "$file"
+    done)"
+report "what is run may be run, and nothing else" "$(cd "$tree" && find . -type f -perm /111 |
+    grep -vE '^\./(usr/bin/|etc/init\.d/|usr/lib/mosktest/|usr/lib/.*\.so$)'
+find usr/bin etc/init.d usr/lib/mosktest -type f ! -perm -111 ! -name '*.so' -printf '%p\n')"
+report "every man page is that of a program" "$(cd "$tree/usr/share/man/man1" && for page in *.1; do
+    [ -x "$tree/usr/bin/${page%.1}" ] || echo "$page"
+done)"
+
+# A path that these name is installed, or one of the board's own.
+own='/(boot|dev|etc|mnt|opt|proc|root|run|sys|tmp|usr)/?
+/bin/sh
+/dev/(fb1|input/(event0|touchscreen)|mmcblk|null|sd|sda1|tty1|ttyS[0259]|ttyUSB1)
+/etc/(frpc.ini|inittab|mdev.conf|mosk.ini|mosk.ini.lock|mosktest.(board|wifi)|network/interfaces)
+/etc/(qttestend|sw2hmi|udhcpc|vnclinuxfb.conf|wpa_supplicant.conf|rc5.d/S01mosktest)
+/etc/systemd/system/multi-user.target.wants/mosktest.service
+/lib/lsb/init-functions
+/opt/sdk/.*
+/proc/(mounts|scsi|version)
+/run/(board/.*|systemd/system|mosktest|mosktest.pid|mosktest/operator)
+/usr/share/udhcpc/default.script
+/var/cache/mosktest(/qmlcache)?
+/var/log/(sqlite.db|syslog)
+/var/run(/wpa_supplicant)?
+/var/setting/system/pointercal
+/media/usb/board-0042|/tmp/page.png
+/usr/share/doc/mosktest-operator/tour.md'
+named=$(grep -hoE "(^|[^]A-Za-z0-9_.}\$\"*~)/-])/(bin|boot|dev|etc|lib|media|mnt|opt|proc|root|run|sys|tmp|usr|var)(/[A-Za-z0-9._/+-]*)?" \
+    packaging/service/* packaging/man/* debian/mosktest.* debian/tests/* \
+    packaging/piuparts/* docs/installing.md docs/service.md docs/tour.md | sed 's|^[^/]||; s|\.$||' | sort -u)
+report "every path that is named is there" "$(while read -r path; do
+    [ -e "$tree$path" ] || grep -qxE "$own" <<<"$path" || echo "$path"
+done <<<"$named")"
+library=$(sed -n 's/.*dlopen("\([^"]*\)".*/\1/p' instruments/Cameras.cpp)
+place=$(readelf -d "$tree/usr/bin/MoskTest" | sed -n "s|.*R.*PATH.*\[\$ORIGIN/\(.*\)\]|\1|p")
+report "the cameras' library is where the program looks" "$(
+    [ -e "$tree/usr/bin/$place/$library" ] || echo "no $library in $place")"
+
+# --- The service ---
+
+unit=$tree/usr/lib/systemd/system/mosktest.service
+report "the unit" "$(lacks "$(cat "$unit")" <<'TEXT'
+Conflicts=getty@tty1.service
+After=getty@tty1.service plymouth-quit-wait.service
+StartLimitIntervalSec=0
+EnvironmentFile=-/etc/default/mosktest
+CacheDirectory=mosktest
+RuntimeDirectory=mosktest
+RuntimeDirectoryMode=0700
+ExecStartPre=-/usr/lib/mosktest/prepare-board
+ExecStart=/usr/lib/mosktest/run-program /usr/bin/MoskTest
+ExecStopPost=-/usr/lib/mosktest/return-terminal
+Restart=on-failure
+RestartSec=1
+TimeoutStopSec=10
+StandardInput=tty
+StandardOutput=journal
+StandardError=journal
+TTYPath=/dev/tty1
+TTYReset=yes
+TTYVHangup=yes
+WantedBy=multi-user.target
+TEXT
+)"
+hardening=$(sed -n '/^# What the checks can do without/,/^$/s/^\([A-Z][A-Za-z]*\)=.*/\1/p' "$unit" | sort)
+told=$(sed -n 's/^| \(`.*\) | \(yes\|six families\) | .*/\1/p' docs/service.md |
+    grep -oE '`[A-Z][A-Za-z]*' | tr -d '`' | sort)
+report "docs/service.md tells how the unit is hardened" "$(diff <(echo "$hardening") <(echo "$told"))"
+report "the program's surroundings are the same without systemd" "$(
+    sed -n 's/^Environment=//p' "$unit" | tr ' ' '\n' | lacks "$(cat packaging/service/keep-running)")"
+default=$tree/etc/default/mosktest
+report "the settings are those without a file" "$(
+    grep -hE '^(CONTROLLER|CAN)_' packaging/service/prepare-board | lacks "$(cat "$default")"
+    sed -n 's/^\(QT_QPA_PLATFORM\|CONSOLE\)=/&/p' packaging/service/keep-running | head -n 2 |
+        lacks "$(cat "$default")")"
+pages=$(sed -n 's/.*{BodyWidget::[A-Za-z]*, "\([^"]*\)".*/\1/p' frame/Pages.cpp)
+report "the settings name every page" "$(for page in $pages; do
+    sed -n '/^# The page/,/^PAGE=/p' "$default" | grep -qw -e "$page" || echo "$page"
+done)"
+report "the init script's runlevels" "$(grep -qE '^# Default-Start: +2 3 4 5$' \
+    "$tree/etc/init.d/mosktest" || echo "not 2 to 5")"
+
+# devices MATCHES: which of them a rule takes.
+devices() {
+    local device
+    for device in sda sda1 sdb2 mmcblk1 mmcblk1p1 mmcblk0 mmcblk0p1 loop0 ttyS5 can0; do
+        ! "$1" "$device" || printf '%s ' "$device"
+    done
+}
+for action in add remove; do
+    kernel=$(sed -n "s/^ACTION==\"$action\", SUBSYSTEM==\"block\", KERNEL==\"\([^\"]*\)\".*hotplug\"$/\1/p" \
+        "$tree"/usr/lib/udev/rules.d/99-*.rules)
+    # shellcheck disable=SC2053,SC2317 # patterns; called by devices
+    by_udev() {
+        local pattern
+        while read -r pattern; do [[ $1 != $pattern ]] || return 0; done <<<"${kernel//|/$'\n'}"
+        return 1
+    }
+    report "udev, $action" "$(diff <(devices by_udev) <(printf 'sda sda1 sdb2 mmcblk1 mmcblk1p1 '))"
+done
+# shellcheck disable=SC2317 # called by devices
+by_mdev() {
+    local name
+    while read -r name _; do [[ ! $1 =~ ^$name$ ]] || return 0; done < <(grep -v '^#' packaging/service/mdev.conf)
+    return 1
+}
+report "mdev" "$(diff <(devices by_mdev) <(printf 'sda sda1 sdb2 mmcblk1 mmcblk1p1 '))"
+report "udev asks for a file system, and knows CAN" "$(lacks "$(grep -oE 'ENV.*==.*"|.*"net".*' \
+    packaging/service/99-mosktest.rules | sed 's/, RUN.*//')" <<'TEXT'
+ENV{ID_FS_USAGE}=="filesystem"
+ACTION=="add", SUBSYSTEM=="net", KERNEL=="can[0-9]*"
+TEXT
+)"
+
+# --- What goes with the packages ---
+
+# shellcheck disable=SC2016 # for the shell on the board
+report "a purge leaves the markers and other software's files" "$(
+    simulated-board/board --build "$build" --description simulated-board/boards/bare.board -- sh -ec '
+        mkdir -p /var/cache/mosktest /var/log
+        cd /etc
+        touch mosk.ini mosk.ini.lock /var/log/sqlite.db sw2hmi qttestend frpc.ini vnclinuxfb.conf
+        all() { ls -d mosk.ini* /var/log/sqlite.db /var/cache/mosktest 2>/dev/null || true; }
+        sh "$0/debian/mosktest.postrm" remove
+        [ "$(all | wc -l)" -eq 4 ] || echo "an upgrade takes something along"
+        sh "$0/debian/mosktest.postrm" purge
+        all
+        ls sw2hmi qttestend frpc.ini vnclinuxfb.conf 2>&1 >/dev/null || true' "$project")"
+
+# field NAME: the packages of a field of the program's package or its source, first alternatives.
+field() {
+    sed -n "/^Package: mosktest-operator/q; /^$1:/,/^[A-Z]/{ /^ /p }" debian/control |
+        sed 's/^ //; s/[ ,].*//' | grep -v '^\$'
+}
+# packages KIND: what install-packages installs, as it tells somebody who may not.
+mkdir "$scratch/tools"
+ln -s "$(command -v sh)" "$scratch/tools/"
+printf '#!/bin/sh\n' | tee "$scratch/tools/dpkg-query" >"$scratch/tools/id"
+echo 'echo 1000' >>"$scratch/tools/id"
+chmod +x "$scratch"/tools/*
+packages() {
+    { PATH=$scratch/tools packaging/install-packages "$1" 2>&1 || true; } | sed 's/.*Missing: //' |
+        tr ' ' '\n'
+}
+here=$(packages test)
+there=$(field Build-Depends && field Depends && field Recommends)
+# A build has a compiler. The simulated board's own, and its letters.
+report "what is installed here to build and run it, a package asks for" "$(packages run |
+    grep -vxE 'g\+\+|bubblewrap|fonts-dejavu-core|procps|socat|util-linux|xserver-xephyr' | lacks "$there")"
+# The simulated board has cameras and a DHCP client of its own.
+report "what a package asks for is installed here" "$(echo "$there" |
+    grep -vxE 'debhelper-compat|gstreamer1\.0-.*|udhcpc' | lacks "$here")"
+report "only some checks can do without what is recommended" "$(diff <(field Recommends) - <<'TEXT'
+gstreamer1.0-plugins-bad
+gstreamer1.0-plugins-base
+gstreamer1.0-plugins-good
+gstreamer1.0-tools
+iproute2
+libqt5multimedia5-plugins
+udhcpc
+TEXT
+)"
+cmake=$(sed -n 's/^cmake_minimum_required(VERSION \(.*\))/\1/p' CMakeLists.txt)
+report "Debian, Buildroot and the presets know which CMake" "$(
+    grep -qF "cmake (>= $cmake)" debian/control || echo Debian
+    grep -qF "HOST_CMAKE_AT_LEAST_${cmake/./_}" packaging/buildroot/package/mosktest/Config.in || echo Buildroot
+    grep -qF "\"minor\": ${cmake#*.}" CMakePresets.json || echo presets)"
+
+# names FILE PREFIX WORD...: those that the file lacks.
+names() {
+    local file=$1 prefix=$2 word
+    shift 2
+    for word; do
+        grep -qE "(^|[^A-Za-z0-9_-])$prefix$word([^A-Za-z0-9_-]|$)" "$file" || echo "$file: $prefix$word"
+    done
+}
+recipe=packaging/buildroot/package/mosktest
+report "Buildroot and Yocto bring the same" "$(
+    names $recipe/mosktest.mk qt5 base declarative multimedia quickcontrols2 serialport virtualkeyboard
+    names $recipe/Config.in "select BR2_PACKAGE_QT5" DECLARATIVE DECLARATIVE_QUICK MULTIMEDIA \
+        QUICKCONTROLS2 SERIALPORT VIRTUALKEYBOARD BASE_WIDGETS BASE_LINUXFB BASE_FONTCONFIG BASE_TSLIB
+    names $recipe/Config.in "select BR2_PACKAGE_" IPROUTE2 TINYALSA_TOOLS TSLIB UTIL_LINUX_BINARIES \
+        WPA_SUPPLICANT_CLI WQY_ZENHEI GST1_PLUGINS_BAD_PLUGIN_CAMERABIN2 GST1_PLUGINS_GOOD_PLUGIN_V4L2
+    names packaging/buildroot/configs/mosktest_defconfig BR2_PACKAGE_ QT5=y QT5BASE_SQLITE_QT=y MOSKTEST=y
+    recipe=packaging/yocto/recipes-mosktest/mosktest/mosktest.bb
+    names $recipe qt base declarative multimedia serialport base-plugins declarative-qmlplugins \
+        multimedia-plugins quickcontrols2-qmlplugins virtualkeyboard virtualkeyboard-plugins \
+        virtualkeyboard-qmlplugins
+    names $recipe "" iproute2 iputils-ping net-tools psmisc tinyalsa tslib-calibrate ttf-wqy-zenhei \
+        util-linux-blockdev wpa-supplicant wpa-supplicant-cli gstreamer1.0-plugins-bad-camerabin
+    names packaging/yocto/recipes-qt/qt5/*.bbappend "" linuxfb sql-sqlite fontconfig tslib)"
+known=$(grep -hoE '(option|set)\(MOSK_[A-Z_]*' CMakeLists.txt -r --include=CMakeLists.txt packaging docs simulated-board |
+    sed 's/.*(//')
+report "the packages set what CMake knows" "$(grep -rhoE -e '-DMOSK_[A-Z_]*' debian packaging docs |
+    sed 's/^-D//' | sort -u | lacks "$known")"
+exit "$failures"

@@ -141,7 +141,8 @@ plug env MDEV=mmcblk1p1
 check "mdev's card, of a file system without a journal, is mounted" called_with_options \
     "mount -o ro,nosuid,nodev,noexec /dev/mmcblk1p1 /mnt/mmcblk1p1"
 unplug env DEVNAME=/dev/sda1
-check "the stick's folder goes with it" test ! -e /mnt/sda1
+check "a stick that is pulled is unmounted" called "umount -l /mnt/sda1"
+check "its folder goes with it" test ! -e /mnt/sda1
 : >/run/board/calls
 plug env DEVNAME=/dev/mmcblk0p1
 plug env DEVNAME=/dev/ttyS5
@@ -197,6 +198,14 @@ unplug env DEVNAME=/dev/sdc
 check "what was not mounted is not unmounted" never_called systemd-mount
 rmdir /run/systemd/system
 
+# No block device can be made here: files take their place.
+sed 's/-b "$device"/-e "$device"/' "$service/prepare-board" >/tmp/prepare-board
+touch /dev/sdb1 /dev/mmcblk0 /dev/mmcblk1 /dev/mmcblk1boot0
+: >/run/board/calls
+sh /tmp/prepare-board
+check "what is plugged in at the start is mounted, and what is no stick or card is not" eval \
+    '[ "$(grep ^mount /run/board/calls | cut -d" " -f4 | sort -u | paste -sd,)" = /dev/mmcblk1,/dev/sdb1 ]'
+
 # --- The terminal given back to getty ---
 
 put_tool systemctl <<'TEXT'
@@ -246,12 +255,23 @@ is_over() {
     ! kill -0 "$keeper" 2>/dev/null
 }
 
+# Without a pause a program that cannot start would take all of the processor.
+printf '#!/bin/sh\necho >>/tmp/starts; exit 1\n' >/tmp/failing
+chmod +x /tmp/failing
+: >/tmp/starts
+begun=${EPOCHREALTIME/./}
+keep_running /tmp/failing
+check "a program that fails at once is started again" within 10 starts 3
+check "after a pause" test "$((${EPOCHREALTIME/./} - begun))" -gt 1900000
+kill "$keeper"
+
 put_tool logger <<'TEXT'
 cat >>/tmp/log
 TEXT
 
 keep
 check "the program gets the settings" grep -q " vnc:size=800x480$" /tmp/starts
+check "its sockets are for root alone" eval '[ "$(stat -c %a /run/mosktest)" = 700 ]'
 kill -SEGV "$(cut -d' ' -f1 /tmp/starts)"
 check "a crash starts it again" within 10 starts 2
 check "the system's log has what the program says" \
@@ -326,5 +346,45 @@ keep
 kill -SEGV "$(cut -d' ' -f1 /tmp/starts)" || true
 check "a crash starts it again where no system's log is" within 10 starts 2
 kill "$keeper" || true
+
+# --- The init script ---
+
+sed "s|^program=.*|program=/tmp/MoskTest|; s|^libexec=.*|libexec=$service|" \
+    "$service/mosktest.init" >/tmp/init
+cp /tmp/program /tmp/MoskTest
+# init ARGUMENT STATUS TEXT: what the init script exits with, and a part of what it says.
+init() {
+    local status=0
+    sh /tmp/init "$1" >/tmp/said 2>&1 || status=$?
+    [ "$status" -eq "$2" ] && [[ $(</tmp/said) == *"$3"* ]]
+}
+runs() {
+    pgrep -x MoskTest >/dev/null
+}
+: >/tmp/starts
+rm -f /tmp/ends
+stty -F /dev/ttyS5 sane 9600
+check "status before the start" init status 3 "MoskTest is not running"
+check "start" init start 0 "Starting MoskTest"
+check "the program is started" within 10 starts 1
+check "on a board that is prepared" port_is_raw
+check "status" init status 0 "MoskTest is running"
+check "a second start" init start 0 ""
+check "restart" init restart 0 ""
+check "the program is ended, and started once more" within 10 eval 'starts 2 && [ -e /tmp/ends ]'
+check "stop" init stop 0 "Stopping MoskTest"
+check "nothing runs" eval '! runs && ! pgrep -f keep-running'
+check "status after the stop" init status 3 "MoskTest is not running"
+check "stop once more" init stop 0 ""
+check "an unknown word" init picnic 2 "Usage: "
+sed -i "s/^trap .*/trap '' TERM/" /tmp/MoskTest
+put_tool sleep <<'TEXT'
+exec /usr/bin/sleep 0.1
+TEXT
+: >/tmp/starts
+init start 0 ""
+within 10 starts 1
+check "a program that does not end is killed" init stop 0 "it is killed"
+check "and nothing starts it again" within 10 eval '! runs && ! pgrep -f keep-running'
 
 exit "$failures"

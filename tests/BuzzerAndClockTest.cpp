@@ -86,7 +86,6 @@ private slots:
 
     void buzzerGoesOnAndOff();
     void buzzerBytesAreTheControllers();
-    void buzzerSpeaksChinese();
     void buzzerShowsNoDetecting();
     void buzzerWithoutControllerFails_data();
     void buzzerWithoutControllerFails();
@@ -104,7 +103,6 @@ private slots:
 
     void timeReachesTheControllerAndTheSystem_data();
     void timeReachesTheControllerAndTheSystem();
-    void timeBytesAreTheControllers();
     void timeIsLocal();
     void timeOfOtherFormIsLeftAlone_data();
     void timeOfOtherFormIsLeftAlone();
@@ -160,20 +158,6 @@ void BuzzerAndClockTest::buzzerBytesAreTheControllers()
     QVERIFY(line.WaitFor(buzzerOn));
     Press(m_page.get(), "btnBeepTest");
     QVERIFY(line.WaitFor(buzzerOff));
-}
-
-void BuzzerAndClockTest::buzzerSpeaksChinese()
-{
-    Speak("chinese");
-    Rebuild();
-
-    Press(m_page.get(), "btnBeepTest");
-    QCOMPARE(Field(Buzzer)->text(), QString("BEEP开！"));
-    Press(m_page.get(), "btnBeepTest");
-    QCOMPARE(Field(Buzzer)->text(), QString("BEEP关！"));
-    Board::Become("language chinese\n");
-    Press(m_page.get(), "btnBeepTest");
-    QCOMPARE(Field(Buzzer)->text(), QString("失败！"));
 }
 
 void BuzzerAndClockTest::buzzerShowsNoDetecting()
@@ -390,16 +374,6 @@ void BuzzerAndClockTest::timeReachesTheControllerAndTheSystem()
     QCOMPARE(qint64(s_clock->time.tv_sec), Time(time).toSecsSinceEpoch());
     QCOMPARE(qint64(s_clock->time.tv_usec), qint64(0));
     QVERIFY(!s_clock->zoneGiven);
-}
-
-void BuzzerAndClockTest::timeBytesAreTheControllers()
-{
-    Board::Become("language english\n");
-    PseudoTerminal line(port);
-
-    Press(m_page.get(), "btnwRTCTest");
-
-    QVERIFY(line.WaitFor(newYear));
 }
 
 void BuzzerAndClockTest::timeIsLocal()

@@ -62,6 +62,10 @@ void CanFrameTest::hexadecimalTextFillsTheLastBytes_data()
     QTest::newRow("no number") << "xyz" << QByteArray("0000000000000000");
     QTest::newRow("nothing") << "" << QByteArray("0000000000000000");
     QTest::newRow("negative") << "-1" << QByteArray("0000000000000000");
+    QTest::newRow("largest") << "FEDCBA9876543210" << QByteArray("fedcba9876543210");
+    QTest::newRow("17 digits, first 0") << "0FEDCBA9876543210" << QByteArray("fedcba9876543210");
+    QTest::newRow("blanks around") << "  12 " << QByteArray("0000000000000012");
+    QTest::newRow("blanks between") << "11 22" << QByteArray("0000000000000000");
     QTest::newRow("too long") << "11223344556677889" << QByteArray("0000000000000000");
 }
 

@@ -48,13 +48,15 @@ private:
     const int m_file;
 };
 
-/// The files of the board, its own records left out, that hold a text.
+/// The files of the board, its own records left out, that hold a text. What is mounted there is not
+/// the board's: the sources may lie in /root.
 QStringList FilesWith(const QString& text)
 {
-    QProcess grep;
-    grep.start("grep", {"-rlF", text, "/tmp", "/var", "/etc", "/root"});
-    grep.waitForFinished();
-    return QString::fromLocal8Bit(grep.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+    QProcess find;
+    find.start("find", {"/tmp", "/var", "/etc", "/root", "-xdev", "-type", "f", "-exec", "grep",
+                        "-lF", text, "{}", "+"});
+    find.waitForFinished();
+    return QString::fromLocal8Bit(find.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
 }
 
 } // namespace

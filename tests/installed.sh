@@ -36,7 +36,12 @@ as_expression() {
     sed 's|\.|\\.|g; s|/\*/|/(.*/)?|; s|$|(/.*)?|'
 }
 report "every installed file is in a package" "$(
-    grep -vxE "$(cat debian/*.install debian/mosktest.docs | as_expression)" <<<"$installed" || true)"
+    grep -vxE "$(cat debian/*.install debian/not-installed debian/mosktest.docs | as_expression)" \
+        <<<"$installed" || true)"
+report "debhelper installs the unit and the rule" "$(
+    [ debian/mosktest.service -ef packaging/service/mosktest.service ] || echo unit
+    [ debian/mosktest.udev -ef packaging/service/99-mosktest.rules ] || echo rule
+    grep -q 'dh_installudev --priority=99' debian/rules || echo "the rule's place among others")"
 report "every file of a package is there" "$(cat debian/*.install debian/*.docs | while read -r name; do
     grep -qxE "$(as_expression <<<"$name")" <<<"$installed" || [ -e "$name" ] || echo "$name"
 done)"

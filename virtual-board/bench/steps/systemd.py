@@ -111,5 +111,6 @@ def remove(bench):
     report.judge("removed", "yes" if status == 0 else text[-200:], "yes", status == 0)
     judge_screen(bench, False)
     report.check("left of the rule, the unit and the scripts",
-                 bench.console.text("ls -d /usr/lib/udev/rules.d/*mosk* /usr/lib/systemd/system/mosk* "
-                                    "/usr/lib/mosktest 2>/dev/null"), "")
+                 bench.console.text("ls -d /usr/lib/udev/rules.d/*mosk* "
+                                    "/usr/lib/systemd/system/mosk* /usr/lib/mosktest 2>/dev/null"),
+                 "")

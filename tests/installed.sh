@@ -73,7 +73,7 @@ own='/(boot|dev|etc|mnt|opt|proc|root|run|sys|tmp|usr)/?
 /var/log/(sqlite.db|syslog)
 /var/run(/wpa_supplicant)?
 /var/setting/system/pointercal
-/media/usb/board-0042|/tmp/page.png
+/root/board-0042|/tmp/page.png
 /usr/share/doc/mosktest-operator/tour.md'
 named=$(grep -hoE "(^|[^]A-Za-z0-9_.}\$\"*~)/-])/(bin|boot|dev|etc|lib|media|mnt|opt|proc|root|run|sys|tmp|usr|var)(/[A-Za-z0-9._/+-]*)?" \
     packaging/service/* packaging/man/* debian/mosktest.* debian/tests/* \

@@ -69,7 +69,8 @@ void BodyWidget::ChangePage()
     if (!IsChangeDue() || QApplication::activeModalWidget() != nullptr) {
         return; // eventFilter() comes back to it when the box is closed.
     }
-    // A list that is closing delivers the operator's next tap while its own code is still running.
+    // Qt may deliver the next tap from inside a closing list's code. Changing the page then would
+    // delete the list, so the change waits.
     if (IsPageWaiting() || ShownList() != nullptr) {
         m_later->start();
         return;

@@ -10,9 +10,9 @@ struct IniKey {
     QByteArray name;
 };
 
-/// The value of the key in an INI file's content; empty when no line holds the key. It is read as
-/// QSettings reads it, with two differences: an open quote or a back-slash at the end of a line
-/// does not continue on the next line, and a comma does not make a list.
+/// The value of the key in an INI file's content; empty when no line holds the key. The line is
+/// found here; only the value follows QSettings' rules. So an open quote or a back-slash at the end
+/// of a line does not continue on the next line. A comma does not make a list.
 QString IniValue(const QByteArray& content, const IniKey& key);
 
 /// The content with the key set to the value. The line that holds the key is changed. A missing key

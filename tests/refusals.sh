@@ -41,6 +41,17 @@ refuses() {
     esac
 }
 
+# A test's verdict passes through the board.
+status=0
+"$board" --build "$build" --description "$project/simulated-board/boards/bare.board" -- \
+    sh -c 'exit 3' || status=$?
+if [ "$status" -eq 3 ]; then
+    echo "the command's exit code: ok"
+else
+    echo "the command's exit code: it exited with 3, and the board with $status"
+    failures=$((failures + 1))
+fi
+
 # All packages are installed. Nothing is built, and no sandbox is made.
 echo 'echo installed' | stand_in dpkg-query
 for tool in cmake bwrap apt-get; do

@@ -1,0 +1,176 @@
+#!/bin/bash
+# The scripts that start everything else do what they are told, and say no when a part of it does: in a
+# copy of them in which the parts are stand-ins.
+#
+#   judges.sh PROJECT
+#
+# shellcheck disable=SC2016,SC2317 # what is quoted is for the stand-ins; called by verdict
+set -eu
+
+project=$1
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+failures=0
+export CALLS=$scratch/calls FAILS=none
+
+# A stand-in writes its call down, and fails when that begins with $FAILS.
+stand_in() {
+    local path
+    for path; do
+        mkdir -p "$(dirname "$scratch/$path")"
+        printf '%s\n' '#!/bin/sh' 'echo "${0##*/} $*" >>"$CALLS"' \
+            'case "${0##*/} $*" in $FAILS*) exit 3 ;; esac' >"$scratch/$path"
+        chmod +x "$scratch/$path"
+    done
+}
+
+# copy SCRIPT...
+copy() {
+    local script
+    for script; do
+        mkdir -p "$(dirname "$scratch/project/$script")"
+        cp "$project/$script" "$scratch/project/$script"
+    done
+}
+
+# verdict NAME COMMAND...: the command must succeed.
+verdict() {
+    if "${@:2}"; then
+        echo "$1: ok"
+    else
+        echo "$1: WRONG"
+        cat "$CALLS" "$scratch/said"
+        failures=$((failures + 1))
+    fi
+}
+
+# run STATUS COMMAND...: in the copy; it must exit with that.
+run() {
+    local status=0
+    : >"$CALLS"
+    (cd "$scratch/project" && PATH=$scratch/tools:$PATH "${@:2}") >"$scratch/said" 2>&1 || status=$?
+    verdict "${*:2} where $FAILS fails" [ "$status" -eq "$1" ]
+}
+
+# called PATTERN...: the last run's calls must be these.
+called() {
+    verdict "its calls" are_called "$@"
+}
+are_called() {
+    local line
+    while read -r line; do
+        # shellcheck disable=SC2053 # a pattern
+        [[ $# -gt 0 && $line == $1 ]] || return
+        shift
+    done <"$CALLS"
+    [ $# -eq 0 ]
+}
+
+# --- ./run.sh ---
+
+copy run.sh
+stand_in tools/{cmake,ctest} project/packaging/install-packages project/simulated-board/show \
+    project/virtual-board/{start,accept}
+# shows ARGUMENTS-OF-SHOW COMMAND...
+shows() {
+    run 0 "${@:2}"
+    called "install-packages run" "cmake --preset release*" "cmake --build --preset release" "show $1"
+}
+shows "tour --size 1024x600 --port 5900" ./run.sh tour
+shows "tour --size 800x480 --port 5900" ./run.sh --size 800x480 tour
+shows "vnc --size 800x480 --port 5999" ./run.sh vnc 5999 --size 800x480
+shows "tour --size 1024x600 --port 5900" env DISPLAY= ./run.sh
+shows "window --size 1024x600 --port 5900" env DISPLAY=:9 ./run.sh
+run 0 ./run.sh board --size 800x480
+called "start --vnc 5900 --size 800x480"
+run 0 ./run.sh accept wifi --soak 3
+called "install-packages board" "accept wifi --soak 3"
+run 0 ./run.sh --size 800x480 accept
+called "install-packages board" "accept --size 800x480"
+for FAILS in install-packages "cmake --preset" "cmake --build" show; do
+    run 3 ./run.sh tour
+done
+FAILS=accept run 3 ./run.sh accept
+FAILS=start run 3 ./run.sh board
+
+# --- What has to pass before a change lands ---
+
+copy test.sh tests/coverage.sh tests/source-checks.sh .ci/run
+stand_in tools/{gcovr,clang-format-19,shellcheck,codespell,cppcheck,clazy,clang-tidy} project/tests/fresh
+FAILS=none
+run 0 ./test.sh -R Name
+called "install-packages test" "cmake --preset asan" "cmake --build --preset asan" "cmake --preset fuzz" \
+    "cmake --build --preset fuzz" "ctest --preset asan* -R Name" "ctest --preset fuzz* -R Name"
+for FAILS in install-packages "cmake --preset fuzz" "cmake --build --preset asan" "ctest --preset asan" \
+    "ctest --preset fuzz"; do
+    run 3 ./test.sh
+done
+
+copy tests/fuzz/run
+stand_in tools/Fuzzer
+FAILS=none
+run 0 tests/fuzz/run Fuzzer seeds 5
+called "Fuzzer -max_total_time=5 * /tmp/* */tests/fuzz/seeds"
+FAILS=Fuzzer run 3 tests/fuzz/run Fuzzer seeds 5
+
+FAILS=none
+mkdir -p "$scratch/project/build/coverage"
+run 0 tests/coverage.sh
+folders=
+for folder in protocols texts frame instruments pages; do
+    folders="$folders --filter $folder/"
+done
+called "install-packages checks" "cmake --preset coverage" "cmake --build --preset coverage" \
+    "ctest --preset coverage*" "gcovr --root .$folders --fail-under-line 97 --print-summary build/coverage"
+for FAILS in "cmake --build" ctest gcovr; do
+    run 3 tests/coverage.sh
+done
+
+for folder in protocols texts frame instruments pages simulated-board tests benchmarks virtual-board \
+    debian docs packaging; do
+    mkdir -p "$scratch/project/$folder"
+    touch "$scratch/project/$folder"/{a.h,a.cpp}
+    printf '#!/bin/sh\n' >"$scratch/project/$folder/script"
+done
+for preset in asan fuzz; do
+    mkdir -p "$scratch/project/build/$preset"
+    echo "  \"command\": \"clang++ -c $preset.cpp\"," >"$scratch/project/build/$preset/compile_commands.json"
+done
+FAILS=none
+run 0 tests/source-checks.sh
+for folder in protocols texts frame instruments pages simulated-board tests benchmarks virtual-board; do
+    verdict "the format of $folder" grep -q "^clang-format-19 .*-Werror .*$folder/a\.cpp" "$CALLS"
+    verdict "the scripts of $folder" grep -q "^shellcheck .*$folder/script" "$CALLS"
+    verdict "the traps of $folder" grep -q "^cppcheck .*--error-exitcode=1 .* $folder" "$CALLS"
+done
+verdict "the fuzzers are built for that" grep -qx 'cmake --preset fuzz' "$CALLS"
+verdict "the traps of Qt" grep -q '^clazy .*asan\.cpp.*-Werror' "$CALLS"
+verdict "the fuzzers' source" grep -q '^clang-tidy .*fuzz\.cpp' "$CALLS"
+for section in format:clang-format-19 shell:shellcheck spelling:codespell cppcheck:cppcheck clazy:clazy \
+    tidy:clang-tidy; do
+    FAILS=${section#*:} run 1 tests/source-checks.sh
+    FAILS=${section#*:} run 1 tests/source-checks.sh "${section%:*}"
+done
+
+rm "$scratch"/project/{test.sh,tests/coverage.sh,tests/source-checks.sh}
+stand_in project/{test.sh,tests/coverage.sh,tests/source-checks.sh}
+steps=("fresh bookworm ./run.sh" "fresh trixie ./run.sh" test.sh source-checks.sh coverage.sh)
+FAILS=none
+run 0 .ci/run
+called "${steps[@]}"
+for FAILS in "${steps[@]}"; do
+    run 3 .ci/run
+done
+
+# --- Before a release ---
+
+copy packaging/release-check
+stand_in tools/dpkg project/packaging/build-deb
+FAILS=none
+run 0 packaging/release-check 'run-*' 'test-*' 'packages-*'
+FAILS="fresh trixie"
+run 1 packaging/release-check 'run-*'
+FAILS='fresh bookworm sh'
+run 1 packaging/release-check 'accept-*'
+run 2 packaging/release-check picnic
+exit "$failures"

@@ -52,6 +52,7 @@ private slots:
     void screenListsNoWindowThatIsGone_data();
     void screenListsNoWindowThatIsGone();
     void keyDoesNotOpenAListThatIsClosing();
+    void tapWaitsUntilAListIsClosed();
     void tapOnAShownBoxCounts();
     void everyTapOnAPageCounts();
 
@@ -166,6 +167,20 @@ void InputGateTest::keyDoesNotOpenAListThatIsClosing()
             QCOMPARE(QGuiApplication::topLevelAt({x, y}), m_window->windowHandle());
         }
     }
+}
+
+void InputGateTest::tapWaitsUntilAListIsClosed()
+{
+    auto* list = m_window->findChild<QComboBox*>();
+    list->showPopup();
+    QCoreApplication::processEvents();
+
+    QueueTap(CentreOf(m_button));
+    // The platform delivers the tap while it hides the list.
+    list->hidePopup();
+
+    QCOMPARE(m_taps, 0);
+    QTRY_COMPARE(m_taps, 1);
 }
 
 void InputGateTest::tapOnAShownBoxCounts()

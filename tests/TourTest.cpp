@@ -250,11 +250,12 @@ void TourTest::eachKindOfFaultIsWrong_data()
     QTest::addColumn<QByteArray>("board");
     QTest::addColumn<QByteArray>("expected");
     QTest::addColumn<QStringList>("wrong");
+    QTest::addColumn<QString>("shown");
 
     const auto add = [](const char* page, const char* fault, const char* board,
-                        const char* expected, const QStringList& wrong) {
-        QTest::addRow("%s: %s", page, fault)
-            << QString(page) << QByteArray(board) << QByteArray(expected) << wrong;
+                        const char* expected, const QStringList& wrong, const char* shown = "") {
+        QTest::addRow("%s: %s", page, fault) << QString(page) << QByteArray(board)
+                                             << QByteArray(expected) << wrong << QString(shown);
     };
     add("home", "buttons are missing", "file /etc/qttestend x\n", "",
         {"markers", "switch to HMI", "test finished"});
@@ -286,11 +287,12 @@ void TourTest::eachKindOfFaultIsWrong_data()
         "file /etc/frpc.ini "
         "[common]\\nserver_addr=b\\nserver_port=1\\n[vnc]\\nremote_port=6000\\n\n",
         {"server"});
-    add("camera", "black", "camera video0 #000000 Front\n", "camera video0 any Front\n", {"Front"});
+    add("camera", "black", "camera video0 #000000 Front\n", "camera video0 any Front\n", {"Front"},
+        "#000000");
     add("camera", "other picture", "camera video0 #c06020 Front\n", "camera video0 #2060c0 Front\n",
-        {"Front"});
+        {"Front"}, "#c06020");
     add("camera", "missing", "camera video0 #c06020 Rear\n", "camera video0 #c06020 Front\n",
-        {"Front"});
+        {"Front"}, "not in the list");
 }
 
 // Whoever judges boards must be seen to say no, for each kind of check and in every report.
@@ -300,6 +302,7 @@ void TourTest::eachKindOfFaultIsWrong()
     QFETCH(QByteArray, board);
     QFETCH(QByteArray, expected);
     QFETCH(QStringList, wrong);
+    QFETCH(QString, shown);
     m_options = QStringList{"--page", page, "--patience", "2"};
 
     QCOMPARE(TakeTour("language english\n" + board, "language english\n" + expected), 1);
@@ -308,6 +311,7 @@ void TourTest::eachKindOfFaultIsWrong()
     QStringList names;
     for (const QString& line : lines) {
         QCOMPARE(line.section(" | ", 0, 0), page);
+        QVERIFY2(shown.isEmpty() || line.section(" | ", 2, 2) == shown, qPrintable(line));
         names.append(line.section(" | ", 1, 1));
     }
     names.removeDuplicates();

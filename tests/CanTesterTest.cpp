@@ -83,7 +83,6 @@ private slots:
     void missingInterfaceIsSilent();
     void leavingThePageReleasesAll_data();
     void leavingThePageReleasesAll();
-    void opensAndClosesForEver();
 
 private:
     QPushButton* OpenButton() { return m_page->findChild<QPushButton*>("btnOpenCom"); }
@@ -385,21 +384,6 @@ void CanTesterTest::leavingThePageReleasesAll()
     }
     m_bus->Send("001#");
     m_page.reset();
-    QCOMPARE(Count("fd"), descriptors);
-    QTRY_VERIFY(Count("task") <= threads);
-}
-
-void CanTesterTest::opensAndClosesForEver()
-{
-    Open();
-    Rebuild();
-    const int descriptors = Count("fd");
-    const int threads = Count("task");
-    for (int i = 0; i < 1000; ++i) {
-        CanTester page(nullptr);
-        page.StartCan(0);
-        page.StopCan();
-    }
     QCOMPARE(Count("fd"), descriptors);
     QTRY_VERIFY(Count("task") <= threads);
 }

@@ -104,7 +104,6 @@ private slots:
     void unpluggedPortIsOpenedAgainByReset();
     void leavingThePageReleasesThePort_data();
     void leavingThePageReleasesThePort();
-    void resetsForEver();
 
 private:
     void WaitForThePort(const QString& result);
@@ -465,21 +464,6 @@ void ProductionTesterTest::leavingThePageReleasesThePort()
     // Nothing of the page is left to open the port after all.
     QTest::qWait(150);
     QCOMPARE(OpenDescriptors(), before);
-}
-
-void ProductionTesterTest::resetsForEver()
-{
-    PseudoTerminal terminal("/dev/ttyS2");
-    WaitForThePort(opened);
-    Press(m_page.get(), "btnReset");
-    const int descriptors = OpenDescriptors();
-    const int objects = m_page->findChildren<QObject*>().size();
-    for (int i = 0; i < 1000; ++i) {
-        Press(m_page.get(), "btnReset");
-    }
-    QCOMPARE(Summary(), opened);
-    QCOMPARE(OpenDescriptors(), descriptors);
-    QCOMPARE(m_page->findChildren<QObject*>().size(), objects);
 }
 
 QTEST_MAIN(ProductionTesterTest)

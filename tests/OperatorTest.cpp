@@ -214,6 +214,7 @@ void OperatorTest::languageIsSwitchedByTheComboBox()
 
     QVERIFY(!m_operator.Choose("bodyWidget QComboBox", 2));
     QCOMPARE(m_operator.Error(), QString("\"bodyWidget QComboBox\" has no such item"));
+    QCOMPARE(m_operator.Property("bodyWidget QComboBox", "currentIndex").toInt(), 0);
 }
 
 void OperatorTest::itemIsChosenByItsText()

@@ -65,11 +65,6 @@ QString TapAt(QWidget* widget, const QPoint& place)
     return reason;
 }
 
-QString Named(const QJsonObject& wish, const QString& reason)
-{
-    return QString("\"%1\" %2").arg(wish["widget"].toString(), reason);
-}
-
 /// A button of the front box, by its role ("Yes", "Ok") or its text.
 QAbstractButton* FindBoxButton(const QWidget* box, const QString& name)
 {
@@ -198,23 +193,9 @@ void OperatorServer::Answer(const Request& request, const Outcome& outcome)
 
 OperatorServer::Outcome OperatorServer::Serve(Request& request)
 {
-    const QString what = request.wish["do"].toString();
-    if (what == "idle") {
-        return Idle(request);
-    }
-    if (what == "type") {
-        return Type(request);
-    }
-    static const QMap<QString, Outcome (*)(const QJsonObject&)> s_services{
-        {"text", Read},
-        {"property", Read},
-        {"items", Read},
-        {"cells", Read},
+    static const QMap<QString, Outcome (*)(Request&)> s_services{
+        {"idle", Idle},
         {"list", List},
-        {"click", Tap},
-        {"tab", TapTab},
-        {"wheel", TurnWheel},
-        {"choose", Choose},
         {"press", PressBoxButton},
         {"key", PressKey},
         {"page", OpenPage},
@@ -222,12 +203,30 @@ OperatorServer::Outcome OperatorServer::Serve(Request& request)
         {"resize", Resize},
         {"screenshot", Screenshot},
     };
+    static const QMap<QString, Outcome (*)(QWidget*, Request&)> s_servicesAtAWidget{
+        {"text", Read},  {"property", Read},   {"items", Read},
+        {"cells", Read}, {"click", Tap},       {"tab", TapTab},
+        {"type", Type},  {"wheel", TurnWheel}, {"choose", Choose},
+    };
+    const QString what = request.wish["do"].toString();
     if (s_services.contains(what)) {
-        return s_services[what](request.wish);
+        return s_services[what](request);
     }
-    return Failure(QString("cannot do \"%1\"").arg(what));
+    if (!s_servicesAtAWidget.contains(what)) {
+        return Failure(QString("cannot do \"%1\"").arg(what));
+    }
+    Outcome outcome;
+    const QString selector = request.wish["widget"].toString();
+    if (QWidget* widget = WidgetFinder::Find(selector, &outcome.error)) {
+        outcome = s_servicesAtAWidget[what](widget, request);
+        if (!outcome.error.isEmpty()) {
+            outcome.error = QString("\"%1\" %2").arg(selector, outcome.error);
+        }
+    }
+    return outcome;
 }
 
+/// What has gone wrong; nothing when the error is empty.
 OperatorServer::Outcome OperatorServer::Failure(const QString& error)
 {
     Outcome outcome;
@@ -252,64 +251,52 @@ OperatorServer::Outcome OperatorServer::Idle(Request& request)
 }
 
 /// Taps the field, then types the text in place of the old one.
-OperatorServer::Outcome OperatorServer::Type(Request& request)
+OperatorServer::Outcome OperatorServer::Type(QWidget* field, Request& request)
 {
-    Outcome outcome;
-    QWidget* field = WidgetFinder::Find(request.wish["widget"].toString(), &outcome.error);
-    if (field == nullptr) {
-        return outcome;
-    }
     if (!request.begun.isValid()) {
         request.begun.start();
-        const QString reason = TapAt(field, field->rect().center());
-        outcome.error = reason.isEmpty() ? QString() : Named(request.wish, reason);
-        outcome.isPending = reason.isEmpty();
+        Outcome outcome = Failure(TapAt(field, field->rect().center()));
+        outcome.isPending = outcome.error.isEmpty();
         return outcome;
     }
     // The focus of the window. The application has none while a keyboard's window is in front.
     const QWidget* focused = field->window()->focusWidget();
     if (focused == nullptr || (focused != field && !field->isAncestorOf(focused))) {
-        return Failure(Named(request.wish, "does not take the focus"));
+        return Failure("does not take the focus");
     }
     QWindow* window = field->window()->windowHandle();
     Finger::PressKey(window, Qt::Key_A, Qt::ControlModifier, QChar(1));
     Finger::PressKey(window, Qt::Key_Delete, Qt::NoModifier, QChar(0x7f));
     Finger::Type(window, request.wish["text"].toString());
-    return outcome;
+    return {};
 }
 
-OperatorServer::Outcome OperatorServer::Read(const QJsonObject& wish)
+OperatorServer::Outcome OperatorServer::Read(QWidget* widget, Request& request)
 {
     Outcome outcome;
-    const QWidget* widget = WidgetFinder::Find(wish["widget"].toString(), &outcome.error);
-    if (widget == nullptr) {
-        return outcome;
-    }
-    const QString what = wish["do"].toString();
+    const QString what = request.wish["do"].toString();
     if (what == "text") {
         outcome.value = WidgetReader::Text(widget);
     } else if (what == "items") {
         outcome.value = WidgetReader::Items(widget);
     } else if (what == "cells") {
         outcome.value = WidgetReader::Cells(widget);
-        if (outcome.value.isUndefined()) {
-            return Failure(Named(wish, "is no table"));
-        }
+        outcome.error = outcome.value.isUndefined() ? "is no table" : "";
     } else {
-        outcome.value = WidgetReader::Property(widget, wish["property"].toString());
+        const QString property = request.wish["property"].toString();
+        outcome.value = WidgetReader::Property(widget, property);
         if (outcome.value.isUndefined()) {
-            return Failure(
-                Named(wish, QString("has no property \"%1\"").arg(wish["property"].toString())));
+            outcome.error = QString("has no property \"%1\"").arg(property);
         }
     }
     return outcome;
 }
 
-OperatorServer::Outcome OperatorServer::List(const QJsonObject& wish)
+OperatorServer::Outcome OperatorServer::List(Request& request)
 {
     Outcome outcome;
     QJsonArray list;
-    const auto widgets = WidgetFinder::FindAll(wish["widget"].toString(), &outcome.error);
+    const auto widgets = WidgetFinder::FindAll(request.wish["widget"].toString(), &outcome.error);
     for (const QWidget* widget : widgets) {
         list.append(WidgetReader::Describe(widget));
     }
@@ -317,81 +304,52 @@ OperatorServer::Outcome OperatorServer::List(const QJsonObject& wish)
     return outcome;
 }
 
-OperatorServer::Outcome OperatorServer::Tap(const QJsonObject& wish)
+OperatorServer::Outcome OperatorServer::Tap(QWidget* widget, Request& request)
 {
-    Outcome outcome;
-    QWidget* widget = WidgetFinder::Find(wish["widget"].toString(), &outcome.error);
-    if (widget == nullptr) {
-        return outcome;
-    }
     const QPoint centre = widget->rect().center();
-    const QPoint place(wish["x"].toInt(centre.x()), wish["y"].toInt(centre.y()));
-    const QString reason = TapAt(widget, place);
-    if (!reason.isEmpty()) {
-        return Failure(Named(wish, reason));
-    }
-    return outcome;
+    return Failure(
+        TapAt(widget, {request.wish["x"].toInt(centre.x()), request.wish["y"].toInt(centre.y())}));
 }
 
-OperatorServer::Outcome OperatorServer::TapTab(const QJsonObject& wish)
+OperatorServer::Outcome OperatorServer::TapTab(QWidget* widget, Request& request)
 {
-    Outcome outcome;
-    QWidget* widget = WidgetFinder::Find(wish["widget"].toString(), &outcome.error);
-    if (widget == nullptr) {
-        return outcome;
-    }
     const auto* tabs = qobject_cast<QTabWidget*>(widget);
     auto* bar = tabs != nullptr ? tabs->tabBar() : qobject_cast<QTabBar*>(widget);
     if (bar == nullptr) {
-        return Failure(Named(wish, "has no tabs"));
+        return Failure("has no tabs");
     }
-    const int index = wish["index"].toInt(-1);
+    const int index = request.wish["index"].toInt(-1);
     if (index < 0 || index >= bar->count()) {
-        return Failure(Named(wish, QString("has %1 tabs").arg(bar->count())));
+        return Failure(QString("has %1 tabs").arg(bar->count()));
     }
-    const QString reason = TapAt(bar, bar->tabRect(index).center());
-    if (!reason.isEmpty()) {
-        return Failure(Named(wish, reason));
-    }
-    return outcome;
+    return Failure(TapAt(bar, bar->tabRect(index).center()));
 }
 
-OperatorServer::Outcome OperatorServer::TurnWheel(const QJsonObject& wish)
+OperatorServer::Outcome OperatorServer::TurnWheel(QWidget* widget, Request& request)
 {
-    Outcome outcome;
-    QWidget* widget = WidgetFinder::Find(wish["widget"].toString(), &outcome.error);
-    if (widget == nullptr) {
-        return outcome;
-    }
     const QPoint centre = widget->rect().center();
     const QString reason = WhyOutOfReach(widget, centre);
-    if (!reason.isEmpty()) {
-        return Failure(Named(wish, reason));
+    if (reason.isEmpty()) {
+        Finger::TurnWheel(widget->window()->windowHandle(), widget->mapTo(widget->window(), centre),
+                          request.wish["notches"].toInt());
     }
-    Finger::TurnWheel(widget->window()->windowHandle(), widget->mapTo(widget->window(), centre),
-                      wish["notches"].toInt());
-    return outcome;
+    return Failure(reason);
 }
 
-OperatorServer::Outcome OperatorServer::Choose(const QJsonObject& wish)
+OperatorServer::Outcome OperatorServer::Choose(QWidget* widget, Request& request)
 {
-    Outcome outcome;
-    QWidget* widget = WidgetFinder::Find(wish["widget"].toString(), &outcome.error);
-    if (widget == nullptr) {
-        return outcome;
-    }
     QPointer<QComboBox> box = qobject_cast<QComboBox*>(widget);
     if (box == nullptr) {
-        return Failure(Named(wish, "is no combo box"));
+        return Failure("is no combo box");
     }
-    const QString reason = WhyOutOfReach(box, box->rect().center());
-    if (!reason.isEmpty()) {
-        return Failure(Named(wish, reason));
-    }
-    const QJsonValue item = wish["item"];
+    const QJsonValue item = request.wish["item"];
     const int index = item.isString() ? box->findText(item.toString()) : item.toInt(-1);
+    Outcome outcome = Failure(WhyOutOfReach(box, box->rect().center()));
+    if (!outcome.error.isEmpty()) {
+        return outcome;
+    }
     if (index < 0 || index >= box->count()) {
-        return Failure(Named(wish, "has no such item"));
+        return Failure("has no such item");
     }
     outcome.then = [box, index] {
         box->setCurrentIndex(index);
@@ -403,30 +361,28 @@ OperatorServer::Outcome OperatorServer::Choose(const QJsonObject& wish)
     return outcome;
 }
 
-OperatorServer::Outcome OperatorServer::PressBoxButton(const QJsonObject& wish)
+OperatorServer::Outcome OperatorServer::PressBoxButton(Request& request)
 {
     const QWidget* box = QApplication::activeModalWidget();
     if (box == nullptr) {
         return Failure("no box is open");
     }
-    const QString name = wish["button"].toString();
+    const QString name = request.wish["button"].toString();
     QAbstractButton* button = FindBoxButton(box, name);
     if (button == nullptr) {
         return Failure(QString("the box has no button \"%1\"").arg(name));
     }
     const QString reason = TapAt(button, button->rect().center());
-    if (!reason.isEmpty()) {
-        return Failure(QString("the button \"%1\" %2").arg(name, reason));
-    }
-    return {};
+    return reason.isEmpty() ? Outcome()
+                            : Failure(QString("the button \"%1\" %2").arg(name, reason));
 }
 
-OperatorServer::Outcome OperatorServer::PressKey(const QJsonObject& wish)
+OperatorServer::Outcome OperatorServer::PressKey(Request& request)
 {
-    const QKeySequence keys(wish["key"].toString());
+    const QKeySequence keys(request.wish["key"].toString());
     QWindow* window = QGuiApplication::focusWindow();
     if (keys.isEmpty() || keys[0] == Qt::Key_unknown) {
-        return Failure(QString("no key \"%1\"").arg(wish["key"].toString()));
+        return Failure(QString("no key \"%1\"").arg(request.wish["key"].toString()));
     }
     if (window == nullptr) {
         return Failure("no window has the focus");
@@ -436,7 +392,7 @@ OperatorServer::Outcome OperatorServer::PressKey(const QJsonObject& wish)
     return {};
 }
 
-OperatorServer::Outcome OperatorServer::ListPages(const QJsonObject& /*wish*/)
+OperatorServer::Outcome OperatorServer::ListPages(Request& /*request*/)
 {
     Outcome outcome;
     if (QWidget* body = WidgetFinder::Find("bodyWidget", &outcome.error)) {
@@ -448,24 +404,25 @@ OperatorServer::Outcome OperatorServer::ListPages(const QJsonObject& /*wish*/)
 }
 
 /// Opens a page, named by its id or its name.
-OperatorServer::Outcome OperatorServer::OpenPage(const QJsonObject& wish)
+OperatorServer::Outcome OperatorServer::OpenPage(Request& request)
 {
     Outcome outcome;
     const QPointer<QWidget> body = WidgetFinder::Find("bodyWidget", &outcome.error);
     if (body == nullptr) {
         return outcome;
     }
-    int page = wish["page"].toInt(-1);
-    if (wish["page"].isString()) {
-        const QJsonArray pages = ListPages(wish).value.toArray();
+    const QJsonValue wanted = request.wish["page"];
+    int page = wanted.toInt(-1);
+    if (wanted.isString()) {
+        const QJsonArray pages = ListPages(request).value.toArray();
         const auto named =
             std::find_if(pages.begin(), pages.end(),
-                         [&wish](const QJsonValue& each) { return each["name"] == wish["page"]; });
+                         [&wanted](const QJsonValue& each) { return each["name"] == wanted; });
         if (named == pages.end()) {
-            return Failure(QString("there is no page \"%1\"").arg(wish["page"].toString()));
+            return Failure(QString("there is no page \"%1\"").arg(wanted.toString()));
         }
         page = (*named)["id"].toInt();
-    } else if (!wish["page"].isDouble()) {
+    } else if (!wanted.isDouble()) {
         return Failure("\"page\" is no number and no name");
     }
     // If a page is deleted while its own box runs an event loop, the program crashes.
@@ -478,10 +435,10 @@ OperatorServer::Outcome OperatorServer::OpenPage(const QJsonObject& wish)
     return outcome;
 }
 
-OperatorServer::Outcome OperatorServer::Resize(const QJsonObject& wish)
+OperatorServer::Outcome OperatorServer::Resize(Request& request)
 {
     QMainWindow* window = FindMainWindow();
-    const QSize size(wish["width"].toInt(), wish["height"].toInt());
+    const QSize size(request.wish["width"].toInt(), request.wish["height"].toInt());
     if (window == nullptr || size.isEmpty()) {
         return Failure("no main window, or no size");
     }
@@ -489,7 +446,7 @@ OperatorServer::Outcome OperatorServer::Resize(const QJsonObject& wish)
     return {};
 }
 
-OperatorServer::Outcome OperatorServer::Screenshot(const QJsonObject& /*wish*/)
+OperatorServer::Outcome OperatorServer::Screenshot(Request& /*request*/)
 {
     QByteArray png;
     QBuffer buffer(&png);

@@ -11,6 +11,7 @@
 #include <functional>
 
 class QLocalSocket;
+class QWidget;
 
 /// Serves requests on a local socket. A request is one line with a JSON object, and so is its
 /// answer.
@@ -62,19 +63,20 @@ private:
 
     static Outcome Failure(const QString& error);
     static Outcome Idle(Request& request);
-    static Outcome Type(Request& request);
-    static Outcome Read(const QJsonObject& wish);
-    static Outcome List(const QJsonObject& wish);
-    static Outcome Tap(const QJsonObject& wish);
-    static Outcome TapTab(const QJsonObject& wish);
-    static Outcome TurnWheel(const QJsonObject& wish);
-    static Outcome Choose(const QJsonObject& wish);
-    static Outcome PressBoxButton(const QJsonObject& wish);
-    static Outcome PressKey(const QJsonObject& wish);
-    static Outcome ListPages(const QJsonObject& wish);
-    static Outcome OpenPage(const QJsonObject& wish);
-    static Outcome Resize(const QJsonObject& wish);
-    static Outcome Screenshot(const QJsonObject& wish);
+    static Outcome List(Request& request);
+    static Outcome PressBoxButton(Request& request);
+    static Outcome PressKey(Request& request);
+    static Outcome ListPages(Request& request);
+    static Outcome OpenPage(Request& request);
+    static Outcome Resize(Request& request);
+    static Outcome Screenshot(Request& request);
+
+    static Outcome Read(QWidget* widget, Request& request);
+    static Outcome Tap(QWidget* widget, Request& request);
+    static Outcome TapTab(QWidget* widget, Request& request);
+    static Outcome Type(QWidget* field, Request& request);
+    static Outcome TurnWheel(QWidget* widget, Request& request);
+    static Outcome Choose(QWidget* widget, Request& request);
 
     QLocalServer m_server;
     QList<Request> m_waiting;

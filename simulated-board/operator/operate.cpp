@@ -48,18 +48,14 @@ struct Command {
     const char* name;
     int arguments;
     int optional;
-    /// Returns the text to print. Operator::Error() says whether it worked.
-    QString (*run)(Operator&, const QStringList&);
+    void (*act)(Operator&, const QStringList&); ///< null for a command that prints something
+    QString (*read)(Operator&, const QStringList&) = nullptr; ///< returns the text to print
 };
 
 const Command commands[] = {
-    {"wait", 0, 0, [](Operator&, const QStringList&) { return QString(); }},
-    {"idle", 0, 0,
-     [](Operator& program, const QStringList&) {
-         program.Idle();
-         return QString();
-     }},
-    {"list", 0, 1,
+    {"wait", 0, 0, [](Operator&, const QStringList&) {}},
+    {"idle", 0, 0, [](Operator& program, const QStringList&) { program.Idle(); }},
+    {"list", 0, 1, nullptr,
      [](Operator& program, const QStringList& words) {
          QStringList lines;
          const QJsonArray widgets = program.List(words.value(0));
@@ -68,19 +64,19 @@ const Command commands[] = {
          }
          return lines.join('\n');
      }},
-    {"text", 1, 0,
+    {"text", 1, 0, nullptr,
      [](Operator& program, const QStringList& words) { return program.Text(words[0]); }},
-    {"property", 2, 0,
+    {"property", 2, 0, nullptr,
      [](Operator& program, const QStringList& words) {
          const QVariant value = program.Property(words[0], words[1]);
          return value.canConvert(QMetaType::QStringList) ? value.toStringList().join(' ')
                                                          : value.toString();
      }},
-    {"items", 1, 0,
+    {"items", 1, 0, nullptr,
      [](Operator& program, const QStringList& words) {
          return program.Items(words[0]).join('\n');
      }},
-    {"cells", 1, 0,
+    {"cells", 1, 0, nullptr,
      [](Operator& program, const QStringList& words) {
          QStringList lines;
          const QList<QStringList> rows = program.Cells(words[0]);
@@ -96,41 +92,27 @@ const Command commands[] = {
          } else {
              program.Click(words[0]);
          }
-         return QString();
      }},
     {"tab", 2, 0,
      [](Operator& program, const QStringList& words) {
          program.ClickTab(words[0], words[1].toInt());
-         return QString();
      }},
     {"choose", 2, 0,
      [](Operator& program, const QStringList& words) {
          program.Choose(words[0], words[1].toInt());
-         return QString();
      }},
     {"type", 2, 0,
-     [](Operator& program, const QStringList& words) {
-         program.SetText(words[0], words[1]);
-         return QString();
-     }},
-    {"key", 1, 0,
-     [](Operator& program, const QStringList& words) {
-         program.PressKey(words[0]);
-         return QString();
-     }},
+     [](Operator& program, const QStringList& words) { program.SetText(words[0], words[1]); }},
+    {"key", 1, 0, [](Operator& program, const QStringList& words) { program.PressKey(words[0]); }},
     {"press", 1, 0,
-     [](Operator& program, const QStringList& words) {
-         program.PressBoxButton(words[0]);
-         return QString();
-     }},
+     [](Operator& program, const QStringList& words) { program.PressBoxButton(words[0]); }},
     {"page", 1, 0,
      [](Operator& program, const QStringList& words) {
          bool isId = false;
          const int id = words[0].toInt(&isId);
          isId ? program.OpenPage(id) : program.OpenPage(words[0]);
-         return QString();
      }},
-    {"pages", 0, 0,
+    {"pages", 0, 0, nullptr,
      [](Operator& program, const QStringList&) {
          QStringList lines;
          const QJsonArray pages = program.Pages();
@@ -145,17 +127,12 @@ const Command commands[] = {
     {"resize", 2, 0,
      [](Operator& program, const QStringList& words) {
          program.Resize(words[0].toInt(), words[1].toInt());
-         return QString();
      }},
     {"screenshot", 1, 0,
-     [](Operator& program, const QStringList& words) {
-         program.Screenshot(words[0]);
-         return QString();
-     }},
+     [](Operator& program, const QStringList& words) { program.Screenshot(words[0]); }},
     {"wait-for", 2, 0,
      [](Operator& program, const QStringList& words) {
          program.WaitForText(words[0], words[1], 30000);
-         return QString();
      }},
 };
 
@@ -190,7 +167,11 @@ int main(int argc, char** argv)
     QString shown;
     // Only "wait" waits for a program that is still starting.
     if (program.Connect(name == "wait" ? 15000 : 2000)) {
-        shown = command->run(program, words);
+        if (command->act != nullptr) {
+            command->act(program, words);
+        } else {
+            shown = command->read(program, words);
+        }
     }
     if (!program.Error().isEmpty()) {
         errors << "operate " << name << ": " << program.Error() << '\n';

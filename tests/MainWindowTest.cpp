@@ -14,6 +14,7 @@
 #include <QScreen>
 #include <QStyle>
 #include <QTabBar>
+#include <QToolButton>
 
 #include <memory>
 
@@ -29,6 +30,7 @@ private slots:
     void cleanup();
 
     void windowCoversWhatPanelsLeaveOfTheScreen();
+    void windowKeepsItsSizeWhateverAPageNeeds();
     void headerAndBodyHaveTheirColours();
     void logoIsShownInTheHeader();
     void selectedTabIsRedOnGrey();
@@ -36,6 +38,7 @@ private slots:
     void heldButtonIsDarker();
 
     void tabsAreThoseOfTheirPages();
+    void tabsFitASmallScreen();
     void homePageIsOpenAtTheStart();
     void tabOpensItsPage();
     void selectedTabKeepsItsPage();
@@ -100,6 +103,17 @@ void MainWindowTest::windowCoversWhatPanelsLeaveOfTheScreen()
 
     QWindowSystemInterface::handleScreenGeometryChange(screen, whole, whole);
     QWindowSystemInterface::sendWindowSystemEvents(QEventLoop::AllEvents);
+}
+
+void MainWindowTest::windowKeepsItsSizeWhateverAPageNeeds()
+{
+    const QSize size(480, 272);
+    m_window->resize(size);
+    for (const Page& page : allPages) {
+        m_window->GetBody()->OpenPage(page.id);
+        QCoreApplication::processEvents();
+        QVERIFY2(m_window->size() == size, page.name);
+    }
 }
 
 void MainWindowTest::headerAndBodyHaveTheirColours()
@@ -180,6 +194,26 @@ void MainWindowTest::tabsAreThoseOfTheirPages()
     QCOMPARE(Menu()->count(), 6);
     for (int i = 0; i < 6; ++i) {
         QCOMPARE(qobject_cast<HeadTabWidget*>(Menu()->widget(i))->GetPageId(), ids[i]);
+    }
+}
+
+void MainWindowTest::tabsFitASmallScreen()
+{
+    m_window->resize(800, 480);
+    QTabBar* bar = Menu()->tabBar();
+    for (const char* language : {"english", "chinese"}) {
+        Speak(language);
+        m_window->TranslateUI();
+        QTRY_COMPARE(bar->tabText(0), Text("Label_1000100"));
+        QCoreApplication::processEvents();
+        for (int i = 0; i < bar->count(); ++i) {
+            QVERIFY(bar->rect().contains(bar->tabRect(i)));
+            QVERIFY(bar->fontMetrics().horizontalAdvance(bar->tabText(i)) <
+                    bar->tabRect(i).width());
+        }
+        for (const auto* scroller : bar->findChildren<QToolButton*>()) {
+            QVERIFY(!scroller->isVisible());
+        }
     }
 }
 

@@ -1,6 +1,7 @@
 #include "instruments/Shell.h"
 #include "simulated-board/Board.h"
 
+#include <QFile>
 #include <QProcess>
 #include <QTest>
 
@@ -37,6 +38,8 @@ class ShellTest : public QObject
 private slots:
     void commandIsRunToItsEnd();
     void firstBytesOfTheOutputAreRead();
+    void readWaitsForWhatAToolStillSays();
+    void linesAreTakenAsTheyCome();
 
     void commandsMeetTheDefaultSignals_data();
     void commandsMeetTheDefaultSignals();
@@ -54,6 +57,22 @@ void ShellTest::firstBytesOfTheOutputAreRead()
     QCOMPARE(ReadShell("printf 12345", 3), std::optional<QByteArray>("123"));
     QCOMPARE(ReadShell("printf 12345", 30), std::optional<QByteArray>("12345"));
     QCOMPARE(ReadShell("false", 30), std::optional<QByteArray>(""));
+}
+
+void ShellTest::readWaitsForWhatAToolStillSays()
+{
+    QCOMPARE(ReadShell("printf 12; sleep 0.2; printf 345", 30), std::optional<QByteArray>("12345"));
+}
+
+void ShellTest::linesAreTakenAsTheyCome()
+{
+    QFile::remove("/tmp/over");
+    QList<QByteArray> lines;
+    ReadLines("sh", {"-c", "printf ha; sleep 0.2; echo lf; sleep 0.2; touch /tmp/over; echo last"},
+              [&lines](const QByteArray& line) {
+                  lines.append(line + (QFile::exists("/tmp/over") ? "late" : "at once"));
+              });
+    QCOMPARE(lines, QList<QByteArray>({"half\nat once", "last\nlate"}));
 }
 
 void ShellTest::commandsMeetTheDefaultSignals_data()

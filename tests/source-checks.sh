@@ -34,7 +34,7 @@ check_cppcheck() {
     # shellcheck disable=SC2086 # words
     cppcheck --quiet -j "$(nproc)" --error-exitcode=1 --language=c++ --std=c++17 --library=qt \
         --enable=warning,style,performance,portability --suppressions-list=tests/cppcheck.supp \
-        -I . $folders
+        -I . ${1:-$folders}
 }
 
 # Runs a shell's command for each C++ file, with the options that compile the file as arguments.
@@ -75,6 +75,38 @@ check_tidy() {
     for_each_source 'for file; do :; done; exec clang-tidy --quiet "$file" -- "$@" 2>/dev/null'
 }
 
+# Whether a section's tool passes a file that has a fault for each: then its settings pass too much.
+passes_faults() {
+    mkdir -p build/faulty
+    cat >build/faulty/Faulty.cpp <<'TEXT'
+#include <string>
+#include <vector>
+struct Base { virtual ~Base() = default; virtual int Size() const; };
+struct Faulty : Base { int Size() const; };
+int* Pointer(int unused) { return 0; }
+int Sum(const std::vector<std::string>& names) {
+    std::string all;
+    for (const std::string name : names) all += name;
+    int* nothing = nullptr;
+    if (all.empty());
+    { *nothing = 1; }
+    return 0;
+}
+TEXT
+    case $1 in
+    format) clang-format-19 --dry-run -Werror build/faulty/Faulty.cpp 2>/dev/null ;;
+    cppcheck) check_cppcheck build/faulty >/dev/null 2>&1 ;;
+    tidy)
+        clang-tidy --quiet build/faulty/Faulty.cpp -- -std=c++17 >build/faulty/tidy 2>/dev/null && return
+        for group in bugprone clang-analyzer misc-unused modernize performance readability; do
+            grep -q "error: .*\[$group-" build/faulty/tidy || return 0
+        done
+        false
+        ;;
+    *) false ;;
+    esac
+}
+
 # shellcheck disable=SC2086 # words
 [ $# -gt 0 ] || set -- $sections
 for section in "$@"; do
@@ -92,6 +124,7 @@ failed=
 for section in "$@"; do
     echo "Checking the source: $section"
     "check_$section" || failed="$failed $section"
+    ! passes_faults "$section" || failed="$failed $section(passes faults)"
 done
 if [ -n "$failed" ]; then
     echo "The source needs mending:$failed" >&2

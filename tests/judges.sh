@@ -19,7 +19,7 @@ stand_in() {
     local path
     for path; do
         mkdir -p "$(dirname "$scratch/$path")"
-        printf '%s\n' '#!/bin/sh' 'echo "${0##*/} $*" >>"$CALLS"' \
+        printf '%s\n' '#!/bin/sh' 'echo "${0##*/} $*" | paste -sd " " >>"$CALLS"' \
             'case "${0##*/} $*" in $FAILS*) exit 3 ;; ${BLIND:-none}\ *) exit 0 ;; *build/faulty*)' \
             '    printf "error: [%s-x]\n" bugprone clang-analyzer misc-unused modernize performance' \
             '    echo "error: [readability-x]"; exit 1 ;; esac' >"$scratch/$path"
@@ -168,6 +168,25 @@ called "${steps[@]}"
 for FAILS in "${steps[@]}"; do
     run 3 .ci/run
 done
+
+# --- The virtual board's start ---
+
+copy virtual-board/start
+stand_in project/virtual-board/{control,build-{media,packages,root,kernel,image,systemd-image}}
+stand_in tools/qemu-system-arm
+echo 'echo "virtual board is up after 6 s" >console.log' >>"$scratch/tools/qemu-system-arm"
+mkdir -p "$scratch/project/out/board/shared" "$scratch/project/out/deb/bookworm"
+touch "$scratch"/project/out/deb/bookworm/mosktest{,-operator}_1_armhf.deb
+FAILS="control up"
+stages=(build-media build-packages build-root build-kernel build-image)
+run 0 virtual-board/start --detach --size 800x480 --vnc 5901
+called "control up" "install-packages board" "${stages[@]}" \
+    "qemu-system-arm *-display vnc=127.0.0.1:1 *root.ext4*snapshot=on*xres=800,yres=480*"
+run 0 virtual-board/start --systemd --detach
+called "control up" "install-packages board" build-media build-packages "build-root systemd" build-kernel \
+    build-systemd-image "qemu-system-arm *-display none *root-systemd.ext4*xres=1024,yres=600*"
+FAILS=none run 1 virtual-board/start --detach
+run 2 virtual-board/start --picnic
 
 # --- Before a release ---
 

@@ -52,7 +52,6 @@ private slots:
 
     void sdCountLeavesOutTheBoardsOwnEmmc_data();
     void sdCountLeavesOutTheBoardsOwnEmmc();
-    void sdPartitionsAreNoCards();
     void storageRowsCheckAgainAndStayBlack();
 
     void ethernetAnswerIsNormal();
@@ -168,6 +167,9 @@ void BasicTesterTest::sdCountLeavesOutTheBoardsOwnEmmc_data()
     QTest::newRow("gap in the numbers") << QByteArray("mmc 0 5\n") << 1;
     QTest::newRow("last number") << QByteArray("mmc 0 9\n") << 1;
     QTest::newRow("beyond the last number") << QByteArray("mmc 0\nfile /dev/mmcblk10\n") << 0;
+    QTest::newRow("partitions")
+        << QByteArray("mmc 0\nfile /dev/mmcblk0p1\nfile /dev/mmcblk0p2\nfile /dev/mmcblk1p1\n")
+        << 0;
     QTest::newRow("all ten") << QByteArray("mmc 0 1 2 3 4 5 6 7 8 9\n") << 9;
 }
 
@@ -181,15 +183,6 @@ void BasicTesterTest::sdCountLeavesOutTheBoardsOwnEmmc()
 
     QCOMPARE(Field(SdCard)->text(),
              QString("Detected that there is(are) %1 SD card inserted!").arg(count));
-}
-
-void BasicTesterTest::sdPartitionsAreNoCards()
-{
-    Board::Become("mmc 0\nfile /dev/mmcblk0p1\nfile /dev/mmcblk0p2\nfile /dev/mmcblk1p1\n");
-
-    Press(m_page.get(), "btnSdCardTest");
-
-    QVERIFY(Field(SdCard)->text().contains(" 0 "));
 }
 
 void BasicTesterTest::storageRowsCheckAgainAndStayBlack()

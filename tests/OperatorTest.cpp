@@ -118,24 +118,19 @@ void OperatorTest::widgetIsFound_data()
 {
     QTest::addColumn<QString>("selector");
     QTest::addColumn<QString>("text");
-    QTest::newRow("name") << "btnReboot"
-                          << "Reboot";
-    QTest::newRow("class") << "QPushButton"
-                           << "Reboot";
-    QTest::newRow("index, from left to right") << "QPushButton[1]"
-                                               << "Switch";
-    QTest::newRow("index, then down") << "QPushButton[2]"
-                                      << "Finished";
-    QTest::newRow("descent") << "bodyWidget QLabel[1]"
-                             << "Version:";
-    QTest::newRow("three steps") << "centralWidget StartPage QComboBox"
-                                 << "English";
-    QTest::newRow("own class") << "StartPage QPushButton"
-                               << "Reboot";
-    QTest::newRow("tabs") << "menuTab"
-                          << "Home";
-    QTest::newRow("blanks around") << "  bodyWidget   QLabel[1] "
-                                   << "Version:";
+
+    const auto add = [](const char* name, const char* selector, const char* text) {
+        QTest::newRow(name) << QString(selector) << QString(text);
+    };
+    add("name", "btnReboot", "Reboot");
+    add("class", "QPushButton", "Reboot");
+    add("index, from left to right", "QPushButton[1]", "Switch");
+    add("index, then down", "QPushButton[2]", "Finished");
+    add("descent", "bodyWidget QLabel[1]", "Version:");
+    add("three steps", "centralWidget StartPage QComboBox", "English");
+    add("own class", "StartPage QPushButton", "Reboot");
+    add("tabs", "menuTab", "Home");
+    add("blanks around", "  bodyWidget   QLabel[1] ", "Version:");
 }
 
 void OperatorTest::widgetIsFound()
@@ -149,18 +144,16 @@ void OperatorTest::widgetThatIsNotThereIsAnError_data()
 {
     QTest::addColumn<QString>("selector");
     QTest::addColumn<QString>("error");
-    QTest::newRow("name") << "btnNone"
-                          << "no widget \"btnNone\"";
-    QTest::newRow("index") << "QPushButton[3]"
-                           << "no widget \"QPushButton[3]\": there are 3";
-    QTest::newRow("descent") << "headerWidget QLineEdit"
-                             << "no widget \"headerWidget QLineEdit\"";
-    QTest::newRow("outer") << "Nowhere QLabel"
-                           << "no widget \"Nowhere QLabel\": there are 0 of \"Nowhere\"";
-    QTest::newRow("brackets") << "[[]"
-                              << "\"[[]\" is no selector";
-    QTest::newRow("negative") << "QLabel[-1]"
-                              << "\"QLabel[-1]\" is no selector";
+
+    const auto add = [](const char* name, const char* selector, const char* error) {
+        QTest::newRow(name) << QString(selector) << QString(error);
+    };
+    add("name", "btnNone", "no widget \"btnNone\"");
+    add("index", "QPushButton[3]", "no widget \"QPushButton[3]\": there are 3");
+    add("descent", "headerWidget QLineEdit", "no widget \"headerWidget QLineEdit\"");
+    add("outer", "Nowhere QLabel", "no widget \"Nowhere QLabel\": there are 0 of \"Nowhere\"");
+    add("brackets", "[[]", "\"[[]\" is no selector");
+    add("negative", "QLabel[-1]", "\"QLabel[-1]\" is no selector");
 }
 
 void OperatorTest::widgetThatIsNotThereIsAnError()

@@ -73,7 +73,6 @@ private slots:
     void cleanup();
 
     void rotationIsThatOfTheCalibrationsFirstLine();
-    void rotationIsNoneWithoutACalibration();
     void rotationIsNoneWhereAFolderStands();
     void rotationIsReadAnewByEachPage();
     void rotationIsReadAgainOnDemand();
@@ -175,12 +174,6 @@ void TouchTest::rotationIsThatOfTheCalibrationsFirstLine()
     Rebuild();
 
     QCOMPARE(Rotation(), 2);
-}
-
-void TouchTest::rotationIsNoneWithoutACalibration()
-{
-    QVERIFY(!QFile::exists(calibrationFile));
-    QCOMPARE(Rotation(), 0);
 }
 
 void TouchTest::rotationIsNoneWhereAFolderStands()

@@ -92,17 +92,15 @@ void BoardTextsTest::buildStampIsTheLastSixWords_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expected");
 
-    QTest::newRow("a kernel's line")
-        << "Linux version 3.10.65 (builder@host) #5 Tue Oct 18 10:21:07 CST 2022"
-        << "Tue Oct 18 10:21:07 CST 2022";
-    QTest::newRow("seven words") << "1 2 3 4 5 6 7"
-                                 << "2 3 4 5 6 7";
-    QTest::newRow("six words") << "1 2 3 4 5 6"
-                               << "";
-    QTest::newRow("two blanks") << "1 2 3  5 6 7"
-                                << "2 3  5 6 7";
-    QTest::newRow("nothing") << ""
-                             << "";
+    const auto add = [](const char* name, const char* text, const char* expected) {
+        QTest::newRow(name) << QString(text) << QString(expected);
+    };
+    add("a kernel's line", "Linux version 3.10.65 (builder@host) #5 Tue Oct 18 10:21:07 CST 2022",
+        "Tue Oct 18 10:21:07 CST 2022");
+    add("seven words", "1 2 3 4 5 6 7", "2 3 4 5 6 7");
+    add("six words", "1 2 3 4 5 6", "");
+    add("two blanks", "1 2 3  5 6 7", "2 3  5 6 7");
+    add("nothing", "", "");
 }
 
 void BoardTextsTest::buildStampIsTheLastSixWords()

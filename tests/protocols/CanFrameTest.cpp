@@ -55,18 +55,21 @@ void CanFrameTest::hexadecimalTextFillsTheLastBytes_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QByteArray>("data");
 
-    QTest::newRow("all eight") << "1122334455667788" << QByteArray("1122334455667788");
-    QTest::newRow("one") << "FF" << QByteArray("00000000000000ff");
-    QTest::newRow("lower case") << "abc" << QByteArray("0000000000000abc");
-    QTest::newRow("with 0x") << "0x12" << QByteArray("0000000000000012");
-    QTest::newRow("no number") << "xyz" << QByteArray("0000000000000000");
-    QTest::newRow("nothing") << "" << QByteArray("0000000000000000");
-    QTest::newRow("negative") << "-1" << QByteArray("0000000000000000");
-    QTest::newRow("largest") << "FEDCBA9876543210" << QByteArray("fedcba9876543210");
-    QTest::newRow("17 digits, first 0") << "0FEDCBA9876543210" << QByteArray("fedcba9876543210");
-    QTest::newRow("blanks around") << "  12 " << QByteArray("0000000000000012");
-    QTest::newRow("blanks between") << "11 22" << QByteArray("0000000000000000");
-    QTest::newRow("too long") << "11223344556677889" << QByteArray("0000000000000000");
+    const auto add = [](const char* name, const char* text, const char* data) {
+        QTest::newRow(name) << QString(text) << QByteArray(data);
+    };
+    add("all eight", "1122334455667788", "1122334455667788");
+    add("one", "FF", "00000000000000ff");
+    add("lower case", "abc", "0000000000000abc");
+    add("with 0x", "0x12", "0000000000000012");
+    add("no number", "xyz", "0000000000000000");
+    add("nothing", "", "0000000000000000");
+    add("negative", "-1", "0000000000000000");
+    add("largest", "FEDCBA9876543210", "fedcba9876543210");
+    add("17 digits, first 0", "0FEDCBA9876543210", "fedcba9876543210");
+    add("blanks around", "  12 ", "0000000000000012");
+    add("blanks between", "11 22", "0000000000000000");
+    add("too long", "11223344556677889", "0000000000000000");
 }
 
 void CanFrameTest::hexadecimalTextFillsTheLastBytes()

@@ -254,96 +254,57 @@ void FlashingLogParserTest::lineIsJudgedByItsFirstMarker_data()
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("result");
 
-    QTest::newRow("nothing") << ""
-                             << "";
-    QTest::newRow("a line of the log") << "[116]HELLO! BOOT0 is starting!"
-                                       << "";
-    QTest::newRow("fail is no marker") << "[12]mmc 2 fail, err -110"
-                                       << "";
-    QTest::newRow("erase begins") << "[116]begin to erase flash"
-                                  << "515 pass";
-    QTest::newRow("begun twice") << "begin begin to erase flash"
-                                 << "515 pass";
-    QTest::newRow("behind Chinese") << QString::fromUtf8("端口 mmc 2 exit") << "503 pass";
-    QTest::newRow("half of it") << "begin to erase"
-                                << "";
-    QTest::newRow("erase done") << "successed in erasing flash\r"
-                                << "516 pass";
-    QTest::newRow("erase done, other grammar") << "success in erasing flash"
-                                               << "";
-    QTest::newRow("rootfs") << "[104.602] successed in download part rootfs"
-                            << "505 pass";
-    QTest::newRow("another part") << "successed in download part boot"
-                                  << "";
-    QTest::newRow("U-Boot") << "[      5.344]successed in downloading uboot"
-                            << "504 pass";
-    QTest::newRow("case matters") << "Successed in downloading uboot"
-                                  << "";
-    QTest::newRow("sprite") << "sprite success "
-                            << "506 fail";
-    QTest::newRow("exit ok") << "mmc 2 exit ok"
-                             << "503 pass";
-    QTest::newRow("exit failed") << "mmc 2 exit failed"
-                                 << "503 pass";
-    QTest::newRow("in the middle") << "a40i login: sprite success [1]"
-                                   << "506 fail";
+    const auto add = [](const char* name, const char* line, const char* result) {
+        QTest::newRow(name) << QString(line) << QString(result);
+    };
+    add("nothing", "", "");
+    add("a line of the log", "[116]HELLO! BOOT0 is starting!", "");
+    add("fail is no marker", "[12]mmc 2 fail, err -110", "");
+    add("erase begins", "[116]begin to erase flash", "515 pass");
+    add("begun twice", "begin begin to erase flash", "515 pass");
+    add("behind Chinese", "端口 mmc 2 exit", "503 pass");
+    add("half of it", "begin to erase", "");
+    add("erase done", "successed in erasing flash\r", "516 pass");
+    add("erase done, other grammar", "success in erasing flash", "");
+    add("rootfs", "[104.602] successed in download part rootfs", "505 pass");
+    add("another part", "successed in download part boot", "");
+    add("U-Boot", "[      5.344]successed in downloading uboot", "504 pass");
+    add("case matters", "Successed in downloading uboot", "");
+    add("sprite", "sprite success ", "506 fail");
+    add("exit ok", "mmc 2 exit ok", "503 pass");
+    add("exit failed", "mmc 2 exit failed", "503 pass");
+    add("in the middle", "a40i login: sprite success [1]", "506 fail");
 
-    QTest::newRow("first of two") << "mmc 2 exit, sprite success"
-                                  << "506 fail";
-    QTest::newRow("erase before all") << "sprite success begin to erase flash"
-                                      << "515 pass";
-    QTest::newRow("rootfs before U-Boot")
-        << "successed in downloading uboot successed in download part rootfs"
-        << "505 pass";
-    QTest::newRow("exit before the self-test") << "MOSK_HARD_NET: ok mmc 2 exit"
-                                               << "503 pass";
-    QTest::newRow("network before eMMC") << "MOSK_HARD_EMMC: ok MOSK_HARD_NET: "
-                                         << "507 pass";
-    QTest::newRow("eMMC before memory") << "MOSK_HARD_DDR: ok MOSK_HARD_EMMC: "
-                                        << "510 fail";
+    add("first of two", "mmc 2 exit, sprite success", "506 fail");
+    add("erase before all", "sprite success begin to erase flash", "515 pass");
+    add("rootfs before U-Boot", "successed in downloading uboot successed in download part rootfs",
+        "505 pass");
+    add("exit before the self-test", "MOSK_HARD_NET: ok mmc 2 exit", "503 pass");
+    add("network before eMMC", "MOSK_HARD_EMMC: ok MOSK_HARD_NET: ", "507 pass");
+    add("eMMC before memory", "MOSK_HARD_DDR: ok MOSK_HARD_EMMC: ", "510 fail");
 
-    QTest::newRow("network ok") << "MOSK_HARD_NET: ok"
-                                << "507 pass";
-    QTest::newRow("network ok before") << "is ok MOSK_HARD_NET:"
-                                       << "507 pass";
-    QTest::newRow("network ok first only") << "ok MOSK_HARD_NET: fail"
-                                           << "508 fail";
-    QTest::newRow("network ok first and later") << "ok MOSK_HARD_NET:ok"
-                                                << "507 pass";
-    QTest::newRow("network OK") << "MOSK_HARD_NET: OK"
-                                << "508 fail";
-    QTest::newRow("network fail-ok") << "MOSK_HARD_NET:fail-ok"
-                                     << "507 pass";
-    QTest::newRow("network without value") << "MOSK_HARD_NET:"
-                                           << "508 fail";
+    add("network ok", "MOSK_HARD_NET: ok", "507 pass");
+    add("network ok before", "is ok MOSK_HARD_NET:", "507 pass");
+    add("network ok first only", "ok MOSK_HARD_NET: fail", "508 fail");
+    add("network ok first and later", "ok MOSK_HARD_NET:ok", "507 pass");
+    add("network OK", "MOSK_HARD_NET: OK", "508 fail");
+    add("network fail-ok", "MOSK_HARD_NET:fail-ok", "507 pass");
+    add("network without value", "MOSK_HARD_NET:", "508 fail");
 
-    QTest::newRow("eMMC ok") << "MOSK_HARD_EMMC: ok"
-                             << "509 pass";
-    QTest::newRow("eMMC ok, no blank") << "MOSK_HARD_EMMC:ok"
-                                       << "509 pass";
-    QTest::newRow("eMMC ok and size") << "MOSK_HARD_EMMC:ok 7.1G"
-                                      << "509 pass";
-    QTest::newRow("eMMC ok before") << "is ok MOSK_HARD_EMMC: fail"
-                                    << "510 fail";
-    QTest::newRow("eMMC OK") << "MOSK_HARD_EMMC: OK"
-                             << "510 fail";
-    QTest::newRow("eMMC ok after the first of two") << "MOSK_HARD_EMMC:ok MOSK_HARD_EMMC:"
-                                                    << "509 pass";
-    QTest::newRow("eMMC without value") << "MOSK_HARD_EMMC:"
-                                        << "510 fail";
+    add("eMMC ok", "MOSK_HARD_EMMC: ok", "509 pass");
+    add("eMMC ok, no blank", "MOSK_HARD_EMMC:ok", "509 pass");
+    add("eMMC ok and size", "MOSK_HARD_EMMC:ok 7.1G", "509 pass");
+    add("eMMC ok before", "is ok MOSK_HARD_EMMC: fail", "510 fail");
+    add("eMMC OK", "MOSK_HARD_EMMC: OK", "510 fail");
+    add("eMMC ok after the first of two", "MOSK_HARD_EMMC:ok MOSK_HARD_EMMC:", "509 pass");
+    add("eMMC without value", "MOSK_HARD_EMMC:", "510 fail");
 
-    QTest::newRow("memory ok") << "MOSK_HARD_DDR: ok"
-                               << "511 pass";
-    QTest::newRow("memory ok, no blank") << "MOSK_HARD_DDR:ok"
-                                         << "511 pass";
-    QTest::newRow("memory fail-ok") << "MOSK_HARD_DDR:fail-ok"
-                                    << "511 pass";
-    QTest::newRow("memory ok before") << "ok ok MOSK_HARD_DDR: fail"
-                                      << "512 fail";
-    QTest::newRow("memory without value") << "MOSK_HARD_DDR:"
-                                          << "512 fail";
-    QTest::newRow("no colon") << "MOSK_HARD_DDR ok"
-                              << "";
+    add("memory ok", "MOSK_HARD_DDR: ok", "511 pass");
+    add("memory ok, no blank", "MOSK_HARD_DDR:ok", "511 pass");
+    add("memory fail-ok", "MOSK_HARD_DDR:fail-ok", "511 pass");
+    add("memory ok before", "ok ok MOSK_HARD_DDR: fail", "512 fail");
+    add("memory without value", "MOSK_HARD_DDR:", "512 fail");
+    add("no colon", "MOSK_HARD_DDR ok", "");
 }
 
 void FlashingLogParserTest::lineIsJudgedByItsFirstMarker()

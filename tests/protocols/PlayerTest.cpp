@@ -43,17 +43,18 @@ void PlayerTest::commandPlaysTheFile_data()
     QTest::addColumn<QString>("item");
     QTest::addColumn<QByteArray>("command");
 
-    QTest::newRow("plain") << "/mnt/usb/tone.wav\n" << QByteArray("tinyplay /mnt/usb/tone.wav &");
-    QTest::newRow("no line end") << "/mnt/a.wav" << QByteArray("tinyplay /mnt/a.wav &");
-    QTest::newRow("blank") << "/mnt/a b.wav\n" << QByteArray("tinyplay '/mnt/a b.wav' &");
-    QTest::newRow("command") << "/mnt/$(reboot).wav\n"
-                             << QByteArray("tinyplay '/mnt/$(reboot).wav' &");
-    QTest::newRow("quote") << "/mnt/it's.wav\n" << QByteArray("tinyplay '/mnt/it'\\''s.wav' &");
-    QTest::newRow("all that is ordinary") << "/mnt/AZaz09/._-+,:@%.wav\n"
-                                          << QByteArray("tinyplay /mnt/AZaz09/._-+,:@%.wav &");
-    QTest::newRow("conversions of printf") << "/mnt/%s%n%d.wav\n"
-                                           << QByteArray("tinyplay /mnt/%s%n%d.wav &");
-    QTest::newRow("two line ends") << "/mnt/a\n.wav\n" << QByteArray("tinyplay '/mnt/a\n.wav' &");
+    const auto add = [](const char* name, const char* item, const char* command) {
+        QTest::newRow(name) << QString(item) << QByteArray(command);
+    };
+    add("plain", "/mnt/usb/tone.wav\n", "tinyplay /mnt/usb/tone.wav &");
+    add("no line end", "/mnt/a.wav", "tinyplay /mnt/a.wav &");
+    add("blank", "/mnt/a b.wav\n", "tinyplay '/mnt/a b.wav' &");
+    add("command", "/mnt/$(reboot).wav\n", "tinyplay '/mnt/$(reboot).wav' &");
+    add("quote", "/mnt/it's.wav\n", "tinyplay '/mnt/it'\\''s.wav' &");
+    add("all that is ordinary", "/mnt/AZaz09/._-+,:@%.wav\n",
+        "tinyplay /mnt/AZaz09/._-+,:@%.wav &");
+    add("conversions of printf", "/mnt/%s%n%d.wav\n", "tinyplay /mnt/%s%n%d.wav &");
+    add("two line ends", "/mnt/a\n.wav\n", "tinyplay '/mnt/a\n.wav' &");
 }
 
 void PlayerTest::commandPlaysTheFile()

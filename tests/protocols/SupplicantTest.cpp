@@ -48,27 +48,20 @@ void SupplicantTest::networkIsShownAsPeopleReadIt_data()
     QTest::addColumn<QString>("item");
     QTest::addColumn<QString>("shown");
 
+    const auto add = [](const char* name, const char* item, const QString& shown) {
+        QTest::newRow(name) << QString(item) << shown;
+    };
     const QString mark(QChar(0x200e));
-    QTest::newRow("plain") << "MoskBench -47"
-                           << "MoskBench -47";
-    QTest::newRow("Chinese") << R"(\xe5\xb7\xa5\xe5\x8e\x82 -61)"
-                             << "工厂" + mark + " -61";
-    QTest::newRow("mixed") << R"(Bench\xe4\xb8\x80 -61)"
-                           << "Bench一" + mark + " -61";
-    QTest::newRow("Hebrew") << R"(\xd7\xa9\xd7\x9c -50)"
-                            << "של" + mark + " -50";
-    QTest::newRow("a picture") << R"(\xf0\x9f\x98\x80 -50)"
-                               << "😀" + mark + " -50";
-    QTest::newRow("quote and backslash") << R"(a\"b\\c -50)"
-                                         << R"(a"b\c)" + mark + " -50";
-    QTest::newRow("a backslash and no escape") << R"(\\xe5\\xb7 -50)"
-                                               << R"(\xe5\xb7)" + mark + " -50";
-    QTest::newRow("in UTF-8 already") << "工厂 -61"
-                                      << "工厂 -61";
-    QTest::newRow("no signal") << R"(\xe5\xb7\xa5)"
-                               << "工" + mark;
-    QTest::newRow("no name") << " -58"
-                             << " -58";
+    add("plain", "MoskBench -47", "MoskBench -47");
+    add("Chinese", R"(\xe5\xb7\xa5\xe5\x8e\x82 -61)", "工厂" + mark + " -61");
+    add("mixed", R"(Bench\xe4\xb8\x80 -61)", "Bench一" + mark + " -61");
+    add("Hebrew", R"(\xd7\xa9\xd7\x9c -50)", "של" + mark + " -50");
+    add("a picture", R"(\xf0\x9f\x98\x80 -50)", "😀" + mark + " -50");
+    add("quote and backslash", R"(a\"b\\c -50)", R"(a"b\c)" + mark + " -50");
+    add("a backslash and no escape", R"(\\xe5\\xb7 -50)", R"(\xe5\xb7)" + mark + " -50");
+    add("in UTF-8 already", "工厂 -61", "工厂 -61");
+    add("no signal", R"(\xe5\xb7\xa5)", "工" + mark);
+    add("no name", " -58", " -58");
     // These are shown as the client prints them.
     for (const char* name : {
              R"(\xff\xfe)",       R"(\xe5\xb7)",

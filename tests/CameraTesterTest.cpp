@@ -55,7 +55,6 @@ private slots:
     void init();
     void cleanup();
 
-    void selectorListsTheCamerasInTheirOrder();
     void selectorIsThatOfThePagesStart();
     void cameraIsOpenedByTheOperatorOnly();
 
@@ -106,22 +105,6 @@ void CameraTesterTest::cleanup()
 QColor CameraTesterTest::Picture()
 {
     return Viewfinder()->grab().toImage().pixelColor(Viewfinder()->rect().center());
-}
-
-void CameraTesterTest::selectorListsTheCamerasInTheirOrder()
-{
-    QStringList expected;
-    for (const QCameraInfo& camera : QCameraInfo::availableCameras()) {
-        expected += camera.description();
-    }
-    QVERIFY(expected.contains("Front camera"));
-    QCOMPARE(expected.indexOf("Rear camera"), expected.indexOf("Front camera") + 1);
-
-    QStringList items;
-    for (int i = 0; i < Selector()->count(); ++i) {
-        items += Selector()->itemText(i);
-    }
-    QCOMPARE(items, expected);
 }
 
 void CameraTesterTest::selectorIsThatOfThePagesStart()

@@ -87,7 +87,6 @@ private slots:
     void characterInTwoChunksShowsWhole();
     void characterCutByANulShowsAsBroken();
     void bytesThatAreNoTextShowAsBroken();
-    void lineEndInTwoChunksIsOne();
     void messagesThatEndInANulAreAllShown();
     void lineShowsAtOnceAfterTheScrollBarWasDragged();
 
@@ -368,16 +367,6 @@ void SerialPortTesterTest::bytesThatAreNoTextShowAsBroken()
     terminal.Write(you.left(2));
     terminal.Write("c");
     QTRY_VERIFY(Received().endsWith(QChar(0xfffd) + QString("c")));
-}
-
-void SerialPortTesterTest::lineEndInTwoChunksIsOne()
-{
-    PseudoTerminal terminal("/dev/ttyS2");
-    Open();
-    terminal.Write("one\r");
-    QTRY_COMPARE(Received(), QString("one\n"));
-    terminal.Write("\ntwo");
-    QTRY_COMPARE(Received(), QString("one\ntwo"));
 }
 
 void SerialPortTesterTest::messagesThatEndInANulAreAllShown()

@@ -96,10 +96,19 @@ done
 FAILS=accept run 3 ./run.sh accept
 FAILS=start run 3 ./run.sh board
 
+copy simulated-board/show
+stand_in tools/{socat,Xephyr} project/simulated-board/board
+echo 'echo 7 >&3; exec sleep 9' >>"$scratch/tools/Xephyr"
+for what in tour vnc window; do
+    FAILS=none run 0 simulated-board/show "$what" --size 800x480 --port 5999
+    verdict "what runs there" grep -q '^board .*/build/release/MoskTest$' "$CALLS"
+    FAILS=board run 3 simulated-board/show "$what" --size 800x480 --port 5999
+done
+
 # --- What has to pass before a change lands ---
 
 copy test.sh tests/coverage.sh tests/source-checks.sh .ci/run
-stand_in tools/{gcovr,clang-format-19,shellcheck,codespell,cppcheck,clazy,clang-tidy} project/tests/fresh
+stand_in tools/{gcovr,clang-format-19,shellcheck,pyflakes3,codespell,cppcheck,clazy,clang-tidy} project/tests/fresh
 FAILS=none
 run 0 ./test.sh -R Name
 called "install-packages test" "cmake --preset asan" "cmake --build --preset asan" "cmake --preset fuzz" \
@@ -134,6 +143,7 @@ for folder in protocols texts frame instruments pages simulated-board tests benc
     mkdir -p "$scratch/project/$folder"
     touch "$scratch/project/$folder"/{a.h,a.cpp}
     printf '#!/bin/sh\n' >"$scratch/project/$folder/script"
+    printf '#!/usr/bin/python3\n' >"$scratch/project/$folder/program"
 done
 for preset in asan fuzz; do
     mkdir -p "$scratch/project/build/$preset"
@@ -144,12 +154,13 @@ run 0 tests/source-checks.sh
 for folder in protocols texts frame instruments pages simulated-board tests benchmarks virtual-board; do
     verdict "the format of $folder" grep -q "^clang-format-19 .*-Werror .*$folder/a\.cpp" "$CALLS"
     verdict "the scripts of $folder" grep -q "^shellcheck .*$folder/script" "$CALLS"
+    verdict "the names of $folder" grep -q "^pyflakes3 .*$folder/program" "$CALLS"
     verdict "the traps of $folder" grep -q "^cppcheck .*--error-exitcode=1 .* $folder" "$CALLS"
 done
 verdict "the fuzzers are built for that" grep -qx 'cmake --preset fuzz' "$CALLS"
 verdict "the traps of Qt" grep -q '^clazy .*asan\.cpp.*-Werror' "$CALLS"
 verdict "the fuzzers' source" grep -q '^clang-tidy .*fuzz\.cpp' "$CALLS"
-for section in format:clang-format-19 shell:shellcheck spelling:codespell cppcheck:cppcheck clazy:clazy \
+for section in format:clang-format-19 shell:shellcheck python:pyflakes3 spelling:codespell cppcheck:cppcheck clazy:clazy \
     tidy:clang-tidy; do
     FAILS=${section#*:} run 1 tests/source-checks.sh
     FAILS=${section#*:} run 1 tests/source-checks.sh "${section%:*}"
@@ -188,10 +199,25 @@ called "control up" "install-packages board" build-media build-packages "build-r
 FAILS=none run 1 virtual-board/start --detach
 run 2 virtual-board/start --picnic
 
+copy virtual-board/stage.sh
+echo '. virtual-board/stage.sh; begin_stage trial "Trying"; echo said; control up' \
+    >"$scratch/project/trial"
+cp "$scratch"/{project/virtual-board,tools}/control
+FAILS=none run 0 sh -eu trial
+FAILS=control run 3 sh -eu trial
+verdict "the end of its log" grep -qx said "$scratch/said"
+
 # --- Before a release ---
 
-copy packaging/release-check
-stand_in tools/dpkg project/packaging/build-deb
+copy packaging/{build-deb,release-check} debian/control
+stand_in tools/{dpkg,mmdebstrap,bwrap} project/packaging/mirror
+echo 'echo amd64' >>"$scratch/tools/dpkg"
+sed -i "2i touch $scratch/project/out/build-trixie-amd64/mosktest_1_amd64.deb" "$scratch/tools/bwrap"
+for part in 0:none 3:mmdebstrap 1:"bwrap * dpkg-buildpackage" 3:"bwrap * lintian" 3:"bwrap * blhc"; do
+    rm -rf "$scratch/project/out"
+    FAILS=${part#*:} run "${part%%:*}" packaging/build-deb amd64 trixie
+done
+stand_in project/packaging/build-deb
 FAILS=none
 run 0 packaging/release-check 'run-*' 'test-*' 'packages-*'
 FAILS="fresh trixie"

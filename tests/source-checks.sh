@@ -1,14 +1,14 @@
 #!/bin/sh
 # Checks the source itself, in all sections or in those that are named:
 #
-#   source-checks.sh [format|shell|spelling|cppcheck|clazy|tidy]...
+#   source-checks.sh [format|shell|python|spelling|cppcheck|clazy|tidy]...
 #
 # Each section runs to its end, whatever the one before has found.
 set -eu
 
 cd -P "$(dirname "$0")/.."
 folders="protocols texts frame instruments pages simulated-board tests benchmarks virtual-board"
-sections="format shell spelling cppcheck clazy tidy"
+sections="format shell python spelling cppcheck clazy tidy"
 
 # Every C++ file is formatted as .clang-format says, by the version that Debian 12 and 13 both have.
 check_format() {
@@ -22,6 +22,13 @@ check_shell() {
     find .ci debian docs packaging run.sh test.sh $folders -type f \
         -exec grep -lZE '^#!/bin/(ba)?sh|^# shellcheck shell=' {} + |
         xargs -0 shellcheck -x --source-path=.
+}
+
+# No Python program uses a name that nothing has, as pyflakes tells.
+check_python() {
+    # shellcheck disable=SC2086 # words
+    find docs packaging $folders -type f -exec grep -lZE '^(#!/usr/bin/.*python3|""")' {} + |
+        xargs -0 pyflakes3
 }
 
 # codespell knows every word. "successed" stands in the flashing log, "HDA" in the kernel.

@@ -27,7 +27,7 @@ check_shell() {
 # No Python program uses a name that nothing has, as pyflakes tells.
 check_python() {
     # shellcheck disable=SC2086 # words
-    find docs packaging $folders -type f -exec grep -lZE '^(#!/usr/bin/.*python3|""")' {} + |
+    find docs packaging $folders -type f -exec grep -IlZE '^(#!/usr/bin/.*python3|""")' {} + |
         xargs -0 pyflakes3
 }
 

@@ -191,6 +191,8 @@ void TourTest::goodBoardPasses()
     QCOMPARE(ElementsNamed("img", page).size(), pictures.size());
     QCOMPARE(suite.value(0)["failures"] + suite.value(0)["errors"], QString("00"));
     QCOMPARE(ResultOf("english.wifi", "connect").text, QString("Connected MoskBench"));
+    // The program plays one sound in a run. It was started again since the other language.
+    QCOMPARE(ResultOf("chinese.voice", "play").text, QString("tinyplay /mnt/usb/ringtone.wav"));
     QStringList names{"touch"};
     for (const Page& each : allPages) {
         names.append(each.name);
@@ -215,6 +217,7 @@ void TourTest::boardWithFaultsDoesNotPass()
     QByteArray board = m_default;
     QVERIFY(board.contains(stick) && board.contains(ethernet));
     board.replace(stick, "stick A\nstick B\n").replace(ethernet, "");
+    m_options = QStringList{"--page", "basic", "--page", "voice"};
 
     QCOMPARE(TakeTour(board + '\n' + sound, m_default), 1);
 
@@ -230,7 +233,8 @@ void TourTest::boardWithFaultsDoesNotPass()
 
     const QList<Element> page = ElementsOf(folder + "/report.html");
     const QList<Element> tables = ElementsNamed("table", page);
-    QCOMPARE(ElementsNamed("h1", page).value(0).text, QString("6 wrong"));
+    QVERIFY2(ElementsNamed("h1", page).value(0).text == "6 wrong",
+             qPrintable(m_lines.filter(" | WRONG").join('\n')));
     QCOMPARE(tables.value(0)["class"], QString("wrong"));
     QVERIFY(tables.value(0).text.contains("2 USB flash drive"));
     QVERIFY(!tables.value(0).text.contains("1 SD card"));
@@ -323,9 +327,7 @@ void TourTest::eachKindOfFaultIsWrong()
     QCOMPARE(ElementsNamed("failure", xml).size(), lines.size());
     QCOMPARE(ElementsNamed("testsuite", xml).value(0)["failures"].toInt(), lines.size());
     for (const QString& name : qAsConst(wrong)) {
-        for (const char* language : {"english.", "chinese."}) {
-            QCOMPARE(ResultOf(language + page, name).name, QString("failure"));
-        }
+        QCOMPARE(ResultOf("english." + page, name).name, QString("failure"));
     }
 }
 

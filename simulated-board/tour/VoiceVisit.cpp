@@ -4,15 +4,18 @@
 
 #include <QThread>
 
+#include <optional>
+#include <utility>
+
 namespace
 {
 
-/// Whether the program can play: it plays one sound in each run. The simulated board has started it
-/// again since the other language.
+/// Whether the program can play: it plays one sound in each run.
 bool CanPlay()
 {
-    static int s_visits = 0;
-    return s_visits++ == 0 || Tour::IsSimulated();
+    static std::optional<QList<int>> s_played;
+    const QList<int> running = ProcessesOf({"MoskTest"});
+    return std::exchange(s_played, running) != running;
 }
 
 } // namespace

@@ -342,8 +342,8 @@ OperatorServer::Outcome OperatorServer::Choose(QWidget* widget, Request& request
     if (box == nullptr) {
         return Failure("is no combo box");
     }
-    const QJsonValue item = request.wish["item"];
-    const int index = item.isString() ? box->findText(item.toString()) : item.toInt(-1);
+    const QString text = request.wish["item"].toString();
+    const int index = text.isEmpty() ? request.wish["item"].toInt(-1) : box->findText(text);
     Outcome outcome = Failure(WhyOutOfReach(box, box->rect().center()));
     if (!outcome.error.isEmpty()) {
         return outcome;

@@ -41,14 +41,34 @@ int ReceivingThreads()
     return count;
 }
 
-can_frame Frame(canid_t identifier, const QByteArray& bytes)
-{
-    can_frame frame = {};
-    frame.can_id = identifier;
-    frame.can_dlc = static_cast<__u8>(bytes.size());
-    std::copy(bytes.begin(), bytes.end(), frame.data);
-    return frame;
-}
+/// A thread that reads one end of a socket pair, and the number of frames that it tells of.
+struct Listener : QObject {
+    Listener()
+    {
+        if (socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends) != 0) {
+            qFatal("no socket pair");
+        }
+        thread = std::make_unique<CanThread>(ends[0], nullptr);
+        // Counted in the test's thread, as the page takes them.
+        connect(thread.get(), &CanThread::message, this, [this] { ++messages; });
+    }
+
+    ~Listener() override
+    {
+        close(ends[0]);
+        close(ends[1]);
+    }
+
+    bool Send() const
+    {
+        const can_frame frame = {};
+        return write(ends[1], &frame, sizeof frame) == sizeof frame;
+    }
+
+    int ends[2] = {-1, -1};
+    std::unique_ptr<CanThread> thread;
+    int messages = 0;
+};
 
 } // namespace
 
@@ -184,65 +204,41 @@ void CanTesterTest::framesComeInOrderAndNoneIsLost()
 
 void CanTesterTest::threadWithoutFramesSaysNothing()
 {
-    int ends[2];
-    QCOMPARE(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends), 0);
-    const auto thread = std::make_unique<CanThread>(ends[0], nullptr);
-    int messages = 0;
-    // Counted in this thread, as the page takes them.
-    connect(thread.get(), &CanThread::message, this, [&messages] { ++messages; });
-    thread->start();
+    Listener listener;
+    listener.thread->start();
     QTest::qWait(50);
-    QCOMPARE(messages, 0);
-    const can_frame frame = Frame(1, "x");
-    QCOMPARE(write(ends[1], &frame, sizeof frame), static_cast<ssize_t>(sizeof frame));
-    QTRY_COMPARE(messages, 1);
-    thread->stop();
+    QCOMPARE(listener.messages, 0);
+    QVERIFY(listener.Send());
+    QTRY_COMPARE(listener.messages, 1);
+    listener.thread->stop();
     // The socket stays its opener's.
-    QVERIFY(fcntl(ends[0], F_GETFD) >= 0);
-    close(ends[0]);
-    close(ends[1]);
+    QVERIFY(fcntl(listener.ends[0], F_GETFD) >= 0);
 }
 
 void CanTesterTest::threadTakesOneFrameInTenMilliseconds()
 {
-    int ends[2];
-    QCOMPARE(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends), 0);
-    const can_frame frame = Frame(1, "x");
-    while (write(ends[1], &frame, sizeof frame) == sizeof frame) {
+    Listener listener;
+    while (listener.Send()) {
     }
-    const auto thread = std::make_unique<CanThread>(ends[0], nullptr);
-    int messages = 0;
-    // Counted in this thread, as the page takes them.
-    connect(thread.get(), &CanThread::message, this, [&messages] { ++messages; });
     QElapsedTimer timer;
     timer.start();
-    thread->start();
-    QTRY_VERIFY(messages >= 5);
-    thread->stop();
+    listener.thread->start();
+    QTRY_VERIFY(listener.messages >= 5);
+    listener.thread->stop();
     QCoreApplication::processEvents();
     // Busy machines make it slower, never faster.
-    QVERIFY(messages <= timer.elapsed() / 10 + 1);
-    close(ends[0]);
-    close(ends[1]);
+    QVERIFY(listener.messages <= timer.elapsed() / 10 + 1);
 }
 
 void CanTesterTest::threadStoppedBeforeItStartsReadsNothing()
 {
-    int ends[2];
-    QCOMPARE(socketpair(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK, 0, ends), 0);
-    const can_frame frame = Frame(1, "x");
-    QCOMPARE(write(ends[1], &frame, sizeof frame), static_cast<ssize_t>(sizeof frame));
-    const auto thread = std::make_unique<CanThread>(ends[0], nullptr);
-    int messages = 0;
-    // Counted in this thread, as the page takes them.
-    connect(thread.get(), &CanThread::message, this, [&messages] { ++messages; });
-    thread->stop();
-    thread->start();
-    QVERIFY(thread->wait(5000));
+    Listener listener;
+    QVERIFY(listener.Send());
+    listener.thread->stop();
+    listener.thread->start();
+    QVERIFY(listener.thread->wait(5000));
     QCoreApplication::processEvents();
-    QCOMPARE(messages, 0);
-    close(ends[0]);
-    close(ends[1]);
+    QCOMPARE(listener.messages, 0);
 }
 
 void CanTesterTest::stopReturnsWhenTheThreadHasEnded()

@@ -129,6 +129,10 @@ told = set(re.findall(r"\\-\\-(\w+)", read("packaging/man/mosktest-tour.1")))
 known = set(re.findall(r'addOption\(\{"(\w+)"', read(PROGRAMS["mosktest-tour"])))
 if told != known:
     wrong.append(f"packaging/man/mosktest-tour.1 and the tour's options: {told ^ known}")
+told = set(re.findall(r"^\| `([a-z0-9-]+)[ `]", read("docs/simulated-board.md"), re.M))
+known = set(re.findall(r'^    \{"([a-z0-9-]+)", \d', read("simulated-board/BoardDescription.cpp"), re.M))
+if told != known:
+    wrong.append(f"docs/simulated-board.md and BoardDescription.cpp: {sorted(told ^ known)}")
 table = read("docs/testing.md").split("| section |")[1].split("\n\n")[0]
 told = re.findall(r"^\| `(\w+)` ", table, re.M)
 known = re.search(r'^sections="(.*)"', read("tests/source-checks.sh"), re.M)[1].split()

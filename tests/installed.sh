@@ -57,6 +57,14 @@ report "every man page is that of a program" "$(cd "$tree/usr/share/man/man1" &&
     [ -x "$tree/usr/bin/${page%.1}" ] || echo "$page"
 done)"
 
+# debhelper's part: the documents.
+for list in debian/*.docs; do
+    package=$(basename "$list" .docs)
+    mkdir -p "$tree/usr/share/doc/$package"
+    while read -r document; do
+        touch "$tree/usr/share/doc/$package/${document##*/}"
+    done <"$list"
+done
 # A path that these name is installed, or one of the board's own.
 own='/(boot|dev|etc|mnt|opt|proc|root|run|sys|tmp|usr)/?
 /bin/sh
@@ -73,8 +81,7 @@ own='/(boot|dev|etc|mnt|opt|proc|root|run|sys|tmp|usr)/?
 /var/log/(sqlite.db|syslog)
 /var/run(/wpa_supplicant)?
 /var/setting/system/pointercal
-/root/board-0042|/tmp/page.png
-/usr/share/doc/mosktest-operator/tour.md'
+/root/board-0042|/tmp/page.png'
 named=$(grep -hoE "(^|[^]A-Za-z0-9_.}\$\"*~)/-])/(bin|boot|dev|etc|lib|media|mnt|opt|proc|root|run|sys|tmp|usr|var)(/[A-Za-z0-9._/+-]*)?" \
     packaging/service/* packaging/man/* debian/mosktest.* debian/tests/* \
     packaging/piuparts/* docs/installing.md docs/service.md docs/tour.md | sed 's|^[^/]||; s|\.$||' | sort -u)
@@ -127,8 +134,20 @@ pages=$(sed -n 's/.*{BodyWidget::[A-Za-z]*, "\([^"]*\)".*/\1/p' frame/Pages.cpp)
 report "the settings name every page" "$(for page in $pages; do
     sed -n '/^# The page/,/^PAGE=/p' "$default" | grep -qw -e "$page" || echo "$page"
 done)"
-report "the init script's runlevels" "$(grep -qE '^# Default-Start: +2 3 4 5$' \
-    "$tree/etc/init.d/mosktest" || echo "not 2 to 5")"
+report "the settings that Qt knows" "$(sed 's/^#//' "$default" | grep -oE '^QT_\w+' | sort -u | while read -r name; do
+    # Debian's is built without tslib.
+    [ "$name" = QT_QPA_FB_TSLIB ] || grep -rqF "$name" /usr/lib/*/qt5/plugins/platforms /usr/lib/*/libQt5Gui.so.5 \
+        /usr/lib/*/libQt5Quick.so.5 || echo "$name"
+done)"
+report "the init script's place among others" "$(lacks "$(tr -s ' ' <"$tree/etc/init.d/mosktest")" <<'TEXT'
+# Provides: mosktest
+# Required-Start: $local_fs $remote_fs
+# Required-Stop: $local_fs $remote_fs
+# Should-Start: udev
+# Default-Start: 2 3 4 5
+# Default-Stop: 0 1 6
+TEXT
+)"
 
 # devices MATCHES: which of them a rule takes.
 devices() {
@@ -151,7 +170,10 @@ done
 # shellcheck disable=SC2317 # called by devices
 by_mdev() {
     local name
-    while read -r name _; do [[ ! $1 =~ ^$name$ ]] || return 0; done < <(grep -v '^#' packaging/service/mdev.conf)
+    # The star: when it comes and when it goes.
+    while read -r name _ _ command; do
+        [[ ! $1 =~ ^$name$ || $command != '*/usr/lib/mosktest/prepare-board hotplug' ]] || return 0
+    done < <(grep -v '^#' packaging/service/mdev.conf)
     return 1
 }
 report "mdev" "$(diff <(devices by_mdev) <(printf 'sda sda1 sdb2 mmcblk1 mmcblk1p1 '))"
@@ -210,6 +232,11 @@ libqt5multimedia5-plugins
 udhcpc
 TEXT
 )"
+report "docs/virtual-board.md names what its board needs" "$(diff <(packages board | lacks "$(packages run)" | sort) \
+    <(sed -n '/^| package | for/,$s/^| \([a-z].*\) | .*/\1/p' docs/virtual-board.md | tail -n +2 | tr -d ' ' | tr ',' '\n' | sort))"
+report "a release needs what makes roots" "$(packages roots | lacks "$(packages release)")"
+report "the packages' own tests are there" "$(diff <(sed -n 's/^Tests: //p' debian/tests/control) \
+    <(cd debian/tests && find . -type f -perm -111 -printf '%P\n' | sort))"
 cmake=$(sed -n 's/^cmake_minimum_required(VERSION \(.*\))/\1/p' CMakeLists.txt)
 report "Debian, Buildroot and the presets know which CMake" "$(
     grep -qF "cmake (>= $cmake)" debian/control || echo Debian

@@ -353,6 +353,10 @@ void TourTest::whatIsNotThereIsLeftOutOrFails()
     QVERIFY2(status == 0, qPrintable(m_lines.join('\n')));
     QCOMPARE(ResultOf("english.camera", "picture")["message"], QString("the board has no camera"));
     QCOMPARE(ResultOf("english.camera", "picture").name, QString("skipped"));
+    const QList<Element> xml = ElementsOf(folder + "/report.xml");
+    const Element suite = ElementsNamed("testsuite", xml).value(0);
+    QCOMPARE(suite["skipped"].toInt(), ElementsNamed("skipped", xml).size());
+    QCOMPARE(suite["tests"].toInt(), ElementsNamed("testcase", xml).size());
     QCOMPARE(ResultOf("english.basic", "4G").text,
              QString("Abnormal!, error (nothing is connected to usb0)"));
     QVERIFY(m_lines.contains("basic | buzzer | Failed!, error | ok"));

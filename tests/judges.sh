@@ -180,6 +180,13 @@ for FAILS in "${steps[@]}"; do
     run 3 .ci/run
 done
 
+# No test is left out.
+for test in "$project"/tests/{,protocols/,fuzz/}*{Test,Fuzzer}.cpp "$project"/tests/*.{sh,py}; do
+    [ -e "$test" ] || continue
+    name=$(basename "$test" .cpp)
+    verdict "$name is run" grep -qE "^[^#]*[(/]$name([ )]|\$)" "${test%/*}/CMakeLists.txt" "$project/.ci/run"
+done
+
 # --- The virtual board's start ---
 
 copy virtual-board/start
@@ -210,8 +217,9 @@ verdict "the end of its log" grep -qx said "$scratch/said"
 # --- Before a release ---
 
 copy packaging/{build-deb,release-check} debian/control
-stand_in tools/{dpkg,mmdebstrap,bwrap} project/packaging/mirror
+stand_in tools/{dpkg,id,mmdebstrap,bwrap} project/packaging/mirror
 echo 'echo amd64' >>"$scratch/tools/dpkg"
+echo 'echo 0' >>"$scratch/tools/id"
 sed -i "2i touch $scratch/project/out/build-trixie-amd64/mosktest_1_amd64.deb" "$scratch/tools/bwrap"
 for part in 0:none 3:mmdebstrap 1:"bwrap * dpkg-buildpackage" 3:"bwrap * lintian" 3:"bwrap * blhc"; do
     rm -rf "$scratch/project/out"

@@ -23,8 +23,8 @@ report() {
     fi
 }
 
-# lacks TEXT-OF-LINES: those of the lines on standard input that it has not.
-lacks() {
+# missing_from LINES: those of the lines on standard input that are not among these.
+missing_from() {
     grep -vxF -f <(printf '%s\n' "$1") || true
 }
 
@@ -96,7 +96,7 @@ report "the cameras' library is where the program looks" "$(
 # --- The service ---
 
 unit=$tree/usr/lib/systemd/system/mosktest.service
-report "the unit" "$(lacks "$(cat "$unit")" <<'TEXT'
+report "the unit" "$(missing_from "$(cat "$unit")" <<'TEXT'
 Conflicts=getty@tty1.service
 After=getty@tty1.service plymouth-quit-wait.service
 StartLimitIntervalSec=0
@@ -124,22 +124,25 @@ told=$(sed -n 's/^| \(`.*\) | \(yes\|six families\) | .*/\1/p' docs/service.md |
     grep -oE '`[A-Z][A-Za-z]*' | tr -d '`' | sort)
 report "docs/service.md tells how the unit is hardened" "$(diff <(echo "$hardening") <(echo "$told"))"
 report "the program's surroundings are the same without systemd" "$(
-    sed -n 's/^Environment=//p' "$unit" | tr ' ' '\n' | lacks "$(cat packaging/service/keep-running)")"
+    sed -n 's/^Environment=//p' "$unit" | tr ' ' '\n' | missing_from "$(cat packaging/service/keep-running)")"
 default=$tree/etc/default/mosktest
 report "the settings are those without a file" "$(
-    grep -hE '^(CONTROLLER|CAN)_' packaging/service/prepare-board | lacks "$(cat "$default")"
+    grep -hE '^(CONTROLLER|CAN)_' packaging/service/prepare-board | missing_from "$(cat "$default")"
     sed -n 's/^\(QT_QPA_PLATFORM\|CONSOLE\)=/&/p' packaging/service/keep-running | head -n 2 |
-        lacks "$(cat "$default")")"
+        missing_from "$(cat "$default")")"
 pages=$(sed -n 's/.*{BodyWidget::[A-Za-z]*, "\([^"]*\)".*/\1/p' frame/Pages.cpp)
 report "the settings name every page" "$(for page in $pages; do
     sed -n '/^# The page/,/^PAGE=/p' "$default" | grep -qw -e "$page" || echo "$page"
 done)"
-report "the settings that Qt knows" "$(sed 's/^#//' "$default" | grep -oE '^QT_\w+' | sort -u | while read -r name; do
-    # Debian's is built without tslib.
-    [ "$name" = QT_QPA_FB_TSLIB ] || grep -rqF "$name" /usr/lib/*/qt5/plugins/platforms /usr/lib/*/libQt5Gui.so.5 \
-        /usr/lib/*/libQt5Quick.so.5 || echo "$name"
-done)"
-report "the init script's place among others" "$(lacks "$(tr -s ' ' <"$tree/etc/init.d/mosktest")" <<'TEXT'
+report "Qt knows the settings that are for it" "$(
+    sed 's/^#//' "$default" | grep -oE '^QT_\w+' | sort -u | while read -r name; do
+        # Debian's is built without tslib.
+        [ "$name" = QT_QPA_FB_TSLIB ] ||
+            grep -rqF "$name" /usr/lib/*/qt5/plugins/platforms /usr/lib/*/libQt5Gui.so.5 \
+                /usr/lib/*/libQt5Quick.so.5 || echo "$name"
+    done)"
+header=$(tr -s ' ' <"$tree/etc/init.d/mosktest")
+report "the init script's place among others" "$(missing_from "$header" <<'TEXT'
 # Provides: mosktest
 # Required-Start: $local_fs $remote_fs
 # Required-Stop: $local_fs $remote_fs
@@ -149,7 +152,7 @@ report "the init script's place among others" "$(lacks "$(tr -s ' ' <"$tree/etc/
 TEXT
 )"
 
-# devices MATCHES: which of them a rule takes.
+# devices MATCHES: those of the devices for which this function succeeds.
 devices() {
     local device
     for device in sda sda1 sdb2 mmcblk1 mmcblk1p1 mmcblk0 mmcblk0p1 loop0 ttyS5 can0; do
@@ -177,7 +180,7 @@ by_mdev() {
     return 1
 }
 report "mdev" "$(diff <(devices by_mdev) <(printf 'sda sda1 sdb2 mmcblk1 mmcblk1p1 '))"
-report "udev asks for a file system, and knows CAN" "$(lacks "$(grep -oE 'ENV.*==.*"|.*"net".*' \
+report "udev asks for a file system, and knows CAN" "$(missing_from "$(grep -oE 'ENV.*==.*"|.*"net".*' \
     packaging/service/99-mosktest.rules | sed 's/, RUN.*//')" <<'TEXT'
 ENV{ID_FS_USAGE}=="filesystem"
 ACTION=="add", SUBSYSTEM=="net", KERNEL=="can[0-9]*"
@@ -218,10 +221,11 @@ here=$(packages test)
 there=$(field Build-Depends && field Depends && field Recommends)
 # A build has a compiler. The simulated board's own, and its letters.
 report "what is installed here to build and run it, a package asks for" "$(packages run |
-    grep -vxE 'g\+\+|bubblewrap|fonts-dejavu-core|procps|socat|util-linux|xserver-xephyr' | lacks "$there")"
+    grep -vxE 'g\+\+|bubblewrap|fonts-dejavu-core|procps|socat|util-linux|xserver-xephyr' |
+    missing_from "$there")"
 # The simulated board has cameras and a DHCP client of its own.
 report "what a package asks for is installed here" "$(echo "$there" |
-    grep -vxE 'debhelper-compat|gstreamer1\.0-.*|udhcpc' | lacks "$here")"
+    grep -vxE 'debhelper-compat|gstreamer1\.0-.*|udhcpc' | missing_from "$here")"
 report "only some checks can do without what is recommended" "$(diff <(field Recommends) - <<'TEXT'
 gstreamer1.0-plugins-bad
 gstreamer1.0-plugins-base
@@ -232,9 +236,11 @@ libqt5multimedia5-plugins
 udhcpc
 TEXT
 )"
-report "docs/virtual-board.md names what its board needs" "$(diff <(packages board | lacks "$(packages run)" | sort) \
-    <(sed -n '/^| package | for/,$s/^| \([a-z].*\) | .*/\1/p' docs/virtual-board.md | tail -n +2 | tr -d ' ' | tr ',' '\n' | sort))"
-report "a release needs what makes roots" "$(packages roots | lacks "$(packages release)")"
+report "docs/virtual-board.md names what its board needs" "$(
+    diff <(packages board | missing_from "$(packages run)" | sort) \
+        <(sed -n '/^| package | for/,$s/^| \([a-z].*\) | .*/\1/p' docs/virtual-board.md | tail -n +2 |
+            tr -d ' ' | tr ',' '\n' | sort))"
+report "a release needs what makes roots" "$(packages roots | missing_from "$(packages release)")"
 report "the packages' own tests are there" "$(diff <(sed -n 's/^Tests: //p' debian/tests/control) \
     <(cd debian/tests && find . -type f -perm -111 -printf '%P\n' | sort))"
 cmake=$(sed -n 's/^cmake_minimum_required(VERSION \(.*\))/\1/p' CMakeLists.txt)
@@ -243,8 +249,8 @@ report "Debian, Buildroot and the presets know which CMake" "$(
     grep -qF "HOST_CMAKE_AT_LEAST_${cmake/./_}" packaging/buildroot/package/mosktest/Config.in || echo Buildroot
     grep -qF "\"minor\": ${cmake#*.}" CMakePresets.json || echo presets)"
 
-# names FILE PREFIX WORD...: those that the file lacks.
-names() {
+# unnamed FILE PREFIX WORD...: those that the file does not name.
+unnamed() {
     local file=$1 prefix=$2 word
     shift 2
     for word; do
@@ -253,21 +259,21 @@ names() {
 }
 recipe=packaging/buildroot/package/mosktest
 report "Buildroot and Yocto bring the same" "$(
-    names $recipe/mosktest.mk qt5 base declarative multimedia quickcontrols2 serialport virtualkeyboard
-    names $recipe/Config.in "select BR2_PACKAGE_QT5" DECLARATIVE DECLARATIVE_QUICK MULTIMEDIA \
+    unnamed $recipe/mosktest.mk qt5 base declarative multimedia quickcontrols2 serialport virtualkeyboard
+    unnamed $recipe/Config.in "select BR2_PACKAGE_QT5" DECLARATIVE DECLARATIVE_QUICK MULTIMEDIA \
         QUICKCONTROLS2 SERIALPORT VIRTUALKEYBOARD BASE_WIDGETS BASE_LINUXFB BASE_FONTCONFIG BASE_TSLIB
-    names $recipe/Config.in "select BR2_PACKAGE_" IPROUTE2 TINYALSA_TOOLS TSLIB UTIL_LINUX_BINARIES \
+    unnamed $recipe/Config.in "select BR2_PACKAGE_" IPROUTE2 TINYALSA_TOOLS TSLIB UTIL_LINUX_BINARIES \
         WPA_SUPPLICANT_CLI WQY_ZENHEI GST1_PLUGINS_BAD_PLUGIN_CAMERABIN2 GST1_PLUGINS_GOOD_PLUGIN_V4L2
-    names packaging/buildroot/configs/mosktest_defconfig BR2_PACKAGE_ QT5=y QT5BASE_SQLITE_QT=y MOSKTEST=y
+    unnamed packaging/buildroot/configs/mosktest_defconfig BR2_PACKAGE_ QT5=y QT5BASE_SQLITE_QT=y MOSKTEST=y
     recipe=packaging/yocto/recipes-mosktest/mosktest/mosktest.bb
-    names $recipe qt base declarative multimedia serialport base-plugins declarative-qmlplugins \
+    unnamed $recipe qt base declarative multimedia serialport base-plugins declarative-qmlplugins \
         multimedia-plugins quickcontrols2-qmlplugins virtualkeyboard virtualkeyboard-plugins \
         virtualkeyboard-qmlplugins
-    names $recipe "" iproute2 iputils-ping net-tools psmisc tinyalsa tslib-calibrate ttf-wqy-zenhei \
+    unnamed $recipe "" iproute2 iputils-ping net-tools psmisc tinyalsa tslib-calibrate ttf-wqy-zenhei \
         util-linux-blockdev wpa-supplicant wpa-supplicant-cli gstreamer1.0-plugins-bad-camerabin
-    names packaging/yocto/recipes-qt/qt5/*.bbappend "" linuxfb sql-sqlite fontconfig tslib)"
-known=$(grep -hoE '(option|set)\(MOSK_[A-Z_]*' CMakeLists.txt -r --include=CMakeLists.txt packaging docs simulated-board |
-    sed 's/.*(//')
+    unnamed packaging/yocto/recipes-qt/qt5/*.bbappend "" linuxfb sql-sqlite fontconfig tslib)"
+known=$(grep -rhoE --include=CMakeLists.txt '(option|set)\(MOSK_[A-Z_]*' CMakeLists.txt packaging docs \
+    simulated-board | sed 's/.*(//')
 report "the packages set what CMake knows" "$(grep -rhoE -e '-DMOSK_[A-Z_]*' debian packaging docs |
-    sed 's/^-D//' | sort -u | lacks "$known")"
+    sed 's/^-D//' | sort -u | missing_from "$known")"
 exit "$failures"

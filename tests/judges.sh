@@ -1,6 +1,6 @@
 #!/bin/bash
-# The scripts that start everything else do what they are told, and say no when a part of it does: in a
-# copy of them in which the parts are stand-ins.
+# The scripts that install, build, start and check do what they are told, and fail when something that they
+# run fails. They are copied, and what they run are stand-ins.
 #
 #   judges.sh PROJECT
 #
@@ -108,7 +108,8 @@ done
 # --- What has to pass before a change lands ---
 
 copy test.sh tests/coverage.sh tests/source-checks.sh .ci/run
-stand_in tools/{gcovr,clang-format-19,shellcheck,pyflakes3,codespell,cppcheck,clazy,clang-tidy} project/tests/fresh
+stand_in tools/{gcovr,clang-format-19,shellcheck,pyflakes3,codespell,cppcheck,clazy,clang-tidy} \
+    project/tests/fresh
 FAILS=none
 run 0 ./test.sh -R Name
 called "install-packages test" "cmake --preset asan" "cmake --build --preset asan" "cmake --preset fuzz" \
@@ -160,8 +161,8 @@ done
 verdict "the fuzzers are built for that" grep -qx 'cmake --preset fuzz' "$CALLS"
 verdict "the traps of Qt" grep -q '^clazy .*asan\.cpp.*-Werror' "$CALLS"
 verdict "the fuzzers' source" grep -q '^clang-tidy .*fuzz\.cpp' "$CALLS"
-for section in format:clang-format-19 shell:shellcheck python:pyflakes3 spelling:codespell cppcheck:cppcheck clazy:clazy \
-    tidy:clang-tidy; do
+for section in format:clang-format-19 shell:shellcheck python:pyflakes3 spelling:codespell \
+    cppcheck:cppcheck clazy:clazy tidy:clang-tidy; do
     FAILS=${section#*:} run 1 tests/source-checks.sh
     FAILS=${section#*:} run 1 tests/source-checks.sh "${section%:*}"
 done

@@ -105,6 +105,19 @@ check "CAN that comes later is brought up" called "ip link set can0 up"
 INTERFACE=can1 ACTION=add "$service/prepare-board" hotplug
 check "another CAN interface is left alone" never_called "ip link set"
 
+# fails TEXT: prepare-board says that, and exits with 1.
+fails() {
+    local status=0 said
+    said=$("$service/prepare-board" 2>&1) || status=$?
+    [ "$status" -eq 1 ] && [[ $said == *"prepare-board: $1" ]]
+}
+printf '[ "$4" != type ]\n' | put_tool ip
+check "a bit rate that CAN does not take is told" fails "can0: cannot be brought up at 250000 bit/s"
+put_tool ip </dev/null
+sed -i 's/^CONTROLLER_SPEED=.*/CONTROLLER_SPEED=7/' /etc/default/mosktest
+check "a speed that the UART does not take is told" fails "/dev/ttyS5: cannot be set to 7 baud"
+sed -i 's/^CONTROLLER_SPEED=.*/CONTROLLER_SPEED=115200/' /etc/default/mosktest
+
 printf 'exit 1\n' | put_tool ip
 sed -i 's/^CONTROLLER_PORT=.*/CONTROLLER_PORT=/' /etc/default/mosktest
 stty -F /dev/ttyS5 sane 9600
@@ -134,7 +147,11 @@ unplug() {
 plug env DEVNAME=/dev/sda1
 check "udev's stick is mounted read-only, its journal left alone" called_with_options \
     "mount -o ro,nosuid,nodev,noexec,noload /dev/sda1 /mnt/sda1"
-check "the stick itself refuses what a driver would write" called "blockdev --setro /dev/sda1"
+# refuses_writing DEVICE: before it is mounted.
+refuses_writing() {
+    [ "$(grep -E '^(blockdev|mount|systemd-mount) ' /run/board/calls | head -n 1)" = "blockdev --setro $1" ]
+}
+check "the stick itself refuses what a driver would write" refuses_writing /dev/sda1
 check "it is mounted once" eval '[ "$(grep -c ^mount /run/board/calls)" -eq 1 ]'
 touch /run/board/no-journal
 plug env MDEV=mmcblk1p1
@@ -153,6 +170,15 @@ touch /run/board/no-file-system
 plug env DEVNAME=/dev/sdb
 check "a disk without a file system leaves no folder" test ! -e /mnt/sdb
 rm /run/board/no-file-system
+
+mkdir /tmp/sdd1
+/usr/bin/mount -t tmpfs /dev/sdd1 /tmp/sdd1
+: >/run/board/calls
+plug env DEVNAME=/dev/sdd1
+check "what is mounted already is left alone" never_called mount
+plug env DEVNAME=/dev/sdd
+check "but not what has a part of its name" called_with_options \
+    "mount -o ro,nosuid,nodev,noexec /dev/sdd /mnt/sdd"
 
 # What the kernel tells about a disk of one partition. The board's /sys is this machine's.
 /usr/bin/mount -t tmpfs tmpfs /sys/class/block
@@ -179,6 +205,7 @@ under_systemd() {
 plug env DEVNAME=/dev/sda1 ID_FS_USAGE=filesystem ID_FS_TYPE=ext4
 check "systemd mounts a stick without a check, its journal left alone" under_systemd \
     "ro,nosuid,nodev,noexec,noload /dev/sda1 /mnt/sda1"
+check "the stick itself refuses to be written there too" refuses_writing /dev/sda1
 printf 'ID_FS_TYPE=vfat\nID_FS_USAGE=filesystem\n' >/run/board/udev
 plug env DEVNAME=/dev/sdb1
 check "what was there before is asked of udev" under_systemd \
@@ -237,7 +264,8 @@ trap 'echo ended >>/tmp/ends; exit 0' TERM
 while :; do sleep 0.1; done
 TEXT
 chmod +x /tmp/program
-sed -i 's/^QT_QPA_PLATFORM=.*/QT_QPA_PLATFORM=vnc:size=800x480/' /etc/default/mosktest
+sed -i 's/^QT_QPA_PLATFORM=.*/QT_QPA_PLATFORM=vnc:size=800x480/; s|^CONSOLE=.*|CONSOLE=/dev/ttyS5|' \
+    /etc/default/mosktest
 
 starts() {
     [ -e /tmp/starts ] && [ "$(wc -l </tmp/starts)" -eq "$1" ]
@@ -271,6 +299,7 @@ TEXT
 
 keep
 check "the program gets the settings" grep -q " vnc:size=800x480$" /tmp/starts
+check "and the screen's terminal" test "/proc/$(cut -d' ' -f1 /tmp/starts)/fd/0" -ef /dev/ttyS5
 check "its sockets are for root alone" eval '[ "$(stat -c %a /run/mosktest)" = 700 ]'
 kill -SEGV "$(cut -d' ' -f1 /tmp/starts)"
 check "a crash starts it again" within 10 starts 2

@@ -7,9 +7,8 @@
 /// A page of the program.
 struct Page {
     BodyWidget::PageId id;
-    const char* name; ///< as the tour, the service and other programs call it
-    const char*
-        tabKey; ///< the language key of its tab; null for the pages that are opened by id only
+    const char* name;   ///< as the tour, the service and other programs call it
+    const char* tabKey; ///< the key of its tab's text; null for a page without a tab
     QWidget* (*build)(QWidget* parent);
 };
 

@@ -196,7 +196,6 @@ void MoskSettingsTest::changeThatCannotBeStoredIsLogged()
 {
     QFETCH(QByteArray, maker);
     QFETCH(QByteArray, reason);
-    QFile::remove(path);
     QCOMPARE(std::system(maker.constData()), 0);
 
     QProcess program;

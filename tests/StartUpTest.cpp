@@ -239,7 +239,7 @@ void StartUpTest::librariesOfOtherPagesWaitUntilTheyAreNeeded()
          {"plugins/imageformats", "libQt5Svg", "libQt5Multimedia", "libpulse", "libsndfile"}) {
         QVERIFY2(!atFirst.contains(library), library);
     }
-    QVERIFY(m_operator.OpenPage(10));
+    QVERIFY(m_operator.OpenPage("camera"));
     QCOMPARE(m_operator.Items("bodyWidget QComboBox[0]"), QStringList("Front camera"));
     QVERIFY(Mapped().contains("libQt5Multimedia"));
 }
@@ -252,12 +252,12 @@ void StartUpTest::programWithoutItsCameraLibraryHasNoCameras()
 
     Start(alone);
 
-    QVERIFY(m_operator.OpenPage(10));
+    QVERIFY(m_operator.OpenPage("camera"));
     QCOMPARE(m_operator.Items("bodyWidget QComboBox[0]"), QStringList());
     QCOMPARE(QImage::fromData(m_operator.Screenshot()).pixel(512, 300), qRgb(0, 0, 0));
     QVERIFY(m_operator.Click("btnopen"));
     QVERIFY(m_operator.Click("btnclose"));
-    QVERIFY(m_operator.OpenPage(10));
+    QVERIFY(m_operator.OpenPage("camera"));
     QCOMPARE(m_operator.Count("btnopen"), 1);
 }
 

@@ -231,7 +231,7 @@ void TapsTest::pageOpenedFromOutsideWhileAListIsOpen()
 {
     OpenList(list);
 
-    QVERIFY(m_operator.OpenPage(5));
+    QVERIFY(m_operator.OpenPage("production"));
 
     QTRY_COMPARE(m_operator.Count("ToolProductionTest"), 1);
     QVERIFY(!IsListOpen());

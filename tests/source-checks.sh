@@ -24,7 +24,7 @@ check_shell() {
         xargs -0 shellcheck -x --source-path=.
 }
 
-# No Python program uses a name that nothing has, as pyflakes tells.
+# No Python program has a name that is not defined or an import that is not used, as pyflakes tells.
 check_python() {
     # shellcheck disable=SC2086 # words
     find docs packaging $folders -type f -exec grep -IlZE '^(#!/usr/bin/.*python3|""")' {} + |
@@ -82,7 +82,7 @@ check_tidy() {
     for_each_source 'for file; do :; done; exec clang-tidy --quiet "$file" -- "$@" 2>/dev/null'
 }
 
-# Whether a section's tool passes a file that has a fault for each: then its settings pass too much.
+# Whether a section's tool lets a faulty file pass. Then its settings are too lax.
 passes_faults() {
     mkdir -p build/faulty
     cat >build/faulty/Faulty.cpp <<'TEXT'

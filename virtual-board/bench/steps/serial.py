@@ -34,7 +34,7 @@ def both_ways(bench):
 
 
 def full_line(bench):
-    """Half a megabit of numbered lines as quickly as a line carries them."""
+    """Two thousand numbered lines, as quickly as the port carries them."""
     program, report = bench.program, bench.report
     open_port(bench, COM3)
     lines = [f"line {number:05} of a full line at 115200 baud" for number in range(2000)]

@@ -90,7 +90,7 @@ double ShareOfCore(int seconds)
 
 void MeasureCan()
 {
-    const auto bus = CanBus::Create();
+    CanBus bus;
     std::printf("\n%-58s %9s\n", "CAN page, % of a core", "this");
     CanTester page(nullptr);
     page.resize(QGuiApplication::primaryScreen()->availableSize());
@@ -104,7 +104,7 @@ void MeasureCan()
     double talkingMs = 0;
     std::thread partner([&] {
         while (isTalking) {
-            bus->Send("123#1122334455667788");
+            bus.Send("123#1122334455667788");
         }
         talkingMs = SpentMs(CLOCK_THREAD_CPUTIME_ID);
     });

@@ -58,7 +58,7 @@ private slots:
     void programLivesThroughRandomTaps();
 
 private:
-    int Random(int limit) { return static_cast<int>(m_random.bounded(limit)); }
+    int Random(int limit) { return m_random.bounded(limit); }
     bool OneIn(int times) { return Random(times) == 0; }
     QPoint AnyPlaceIn(const QRect& area);
 

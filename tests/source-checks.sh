@@ -31,9 +31,10 @@ check_python() {
         xargs -0 pyflakes3
 }
 
-# codespell knows every word. "successed" stands in the flashing log, "HDA" in the kernel.
+# codespell knows every word. "successed" stands in the flashing log, "HDA" in the kernel, and a "Caf"
+# before the bytes of an accent.
 check_spelling() {
-    codespell --quiet-level=3 --skip=./.git,./build,./out --ignore-words-list=successed,hda .
+    codespell --quiet-level=3 --skip=./.git,./build,./out --ignore-words-list=successed,hda,caf .
 }
 
 # cppcheck reports nothing about any C++ file but what tests/cppcheck.supp gives a reason for.

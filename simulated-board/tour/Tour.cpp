@@ -88,8 +88,8 @@ bool Tour::Walk(const QMap<QString, Visit>& visits, const QStringList& chosen)
         CloseBoxes();
         OpenHome();
         before = ChosenLanguage();
-        WalkIn("english", visits, chosen);
-        WalkIn("chinese", visits, chosen);
+        VisitPages("english", visits, chosen);
+        VisitPages("chinese", visits, chosen);
         m_report.incomplete.clear();
     } catch (const Ended& ended) {
         m_report.incomplete = ended.reason;
@@ -107,8 +107,8 @@ bool Tour::Walk(const QMap<QString, Visit>& visits, const QStringList& chosen)
     return m_report.IsGood();
 }
 
-void Tour::WalkIn(const QString& language, const QMap<QString, Visit>& visits,
-                  const QStringList& chosen)
+void Tour::VisitPages(const QString& language, const QMap<QString, Visit>& visits,
+                      const QStringList& chosen)
 {
     Print(QString("In %1:").arg(language));
     ChooseLanguage(language);

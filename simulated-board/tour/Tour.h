@@ -99,8 +99,8 @@ public:
     void TakePicture(const QString& name);
 
 private:
-    void WalkIn(const QString& language, const QMap<QString, Visit>& visits,
-                const QStringList& chosen);
+    void VisitPages(const QString& language, const QMap<QString, Visit>& visits,
+                    const QStringList& chosen);
     bool OpenHome();
     void ChooseLanguage(const QString& language);
     QString ChosenLanguage();

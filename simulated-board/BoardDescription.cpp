@@ -16,10 +16,15 @@ namespace
 /// Why a line is refused, on one line.
 using Refusal = std::invalid_argument;
 
+[[noreturn]] void Refuse(const QString& reason)
+{
+    throw Refusal(reason.toStdString());
+}
+
 void Require(bool isRight, const QString& reason)
 {
     if (!isRight) {
-        throw Refusal(reason.toStdString());
+        Refuse(reason);
     }
 }
 
@@ -86,8 +91,7 @@ void ReadNetwork(BoardDescription& board, const QStringList& words)
         } else if (words[i] == "far" && i + 1 < words.size()) {
             network.far = Address(words[++i]);
         } else {
-            Require(
-                false,
+            Refuse(
                 QString("\"%1\" is unknown: it takes hidden, slow or far ADDRESS").arg(words[i]));
         }
     }
@@ -205,7 +209,7 @@ void ReadLine(BoardDescription& board, const QString& line)
             return;
         }
     }
-    Require(false, QString("\"%1\": no such keyword").arg(words[0]));
+    Refuse(QString("\"%1\": no such keyword").arg(words[0]));
 }
 
 } // namespace

@@ -86,9 +86,9 @@ void ResourcesTest::everyTextIsItsKeysAndNoOtherIsThere()
 void ResourcesTest::everyKeyInTheCodeExists()
 {
     const QRegularExpression key("Label_[0-9]{7}");
-    for (const char* room : {"frame", "instruments", "pages", "protocols"}) {
+    for (const char* folder : {"frame", "instruments", "pages", "protocols"}) {
         int found = 0;
-        QDirIterator files(QString(SOURCE_DIR "/") + room, QDir::Files);
+        QDirIterator files(QString(SOURCE_DIR "/") + folder, QDir::Files);
         while (files.hasNext()) {
             QFile file(files.next());
             QVERIFY(file.open(QIODevice::ReadOnly));
@@ -99,7 +99,7 @@ void ResourcesTest::everyKeyInTheCodeExists()
                 ++found;
             }
         }
-        QVERIFY2(found > 0, room);
+        QVERIFY2(found > 0, folder);
     }
 }
 

@@ -9,8 +9,9 @@ namespace
 const char* const usage =
     R"(Usage: operate COMMAND [ARGUMENT]...
 Looks into the running program and drives it, through the socket OPERATOR_SOCKET
-(/run/mosktest/operator). WIDGET is an object name or a class, with an index where several match, and
-may name what it lies in first: btnUsbTest, QLineEdit[2], "bodyWidget QLineEdit[0]".
+(/run/mosktest/operator). WIDGET is an object name or a class, with an index where several
+match, and may name what it lies in first: btnUsbTest, QLineEdit[2],
+"bodyWidget QLineEdit[0]".
   wait                     waits until the program is up
   idle                     waits until the program has nothing left to do
   list [WIDGET]            class, name, place, state and text of each widget that matches
@@ -25,7 +26,7 @@ may name what it lies in first: btnUsbTest, QLineEdit[2], "bodyWidget QLineEdit[
   key KEY                  presses a key: Return, Ctrl+A
   press BUTTON             presses a button of the open box: Yes, No, Ok, or the text on it
   page PAGE                opens a page: its id, or its name
-  pages                    id and name of each page, and the number of its tab
+  pages                    id and name of each page, and its tab's index or "-"
   resize WIDTH HEIGHT      makes the window that size
   screenshot FILE          saves the screen as PNG
   wait-for WIDGET TEXT     waits up to 30 s until it shows the text

@@ -98,14 +98,52 @@ FAILS=start run 3 ./run.sh board
 
 copy simulated-board/show
 stand_in tools/{socat,Xephyr} project/simulated-board/board
-echo 'echo 7 >&3; exec sleep 9' >>"$scratch/tools/Xephyr"
-for what in tour vnc window; do
+echo "echo \$\$ >>$scratch/neighbours; echo 7 >&3; exec sleep 9" >>"$scratch/tools/Xephyr"
+echo "echo \$\$ >>$scratch/neighbours; exec sleep 9" >>"$scratch/tools/socat"
+echo 'echo "on $QT_QPA_PLATFORM" >>"$CALLS"' >>"$scratch/project/simulated-board/board"
+# Not before its neighbour is there.
+sed -i "2i case \$* in *with-socket*) until [ -s $scratch/neighbours ]; do sleep 0.01; done ;; esac" \
+    "$scratch/project/simulated-board/board"
+neighbours_have_ended() {
+    local process end=$((SECONDS + 5))
+    while read -r process; do
+        while kill -0 "$process" 2>/dev/null; do
+            [ "$SECONDS" -lt "$end" ] || return
+            sleep 0.05
+        done
+    done <"$scratch/neighbours"
+}
+for shown in "tour on vnc:size=800x480:" "vnc on vnc:size=800x480:" "window Xephyr .*-screen 800x480 " \
+    "vnc socat TCP-LISTEN:5999,bind=127.0.0.1,"; do
+    what=${shown%% *}
+    : >"$scratch/neighbours"
     FAILS=none run 0 simulated-board/show "$what" --size 800x480 --port 5999
     verdict "what runs there" grep -q '^board .*/build/release/MoskTest$' "$CALLS"
+    verdict "how it is shown" grep -q "^${shown#* }" "$CALLS"
+    verdict "what ran beside it has ended" neighbours_have_ended
     FAILS=board run 3 simulated-board/show "$what" --size 800x480 --port 5999
+    verdict "what ran beside it has ended" neighbours_have_ended
 done
 
 # --- What has to pass before a change lands ---
+
+copy tests/fresh
+# The machine is a stand-in, and sees the stand-ins' variables.
+sed -i 's/^env -i /env /; s|^    PATH=/usr/local[^ ]* |    |' "$scratch/project/tests/fresh"
+stand_in tools/{tar,git,mmdebstrap,unshare} project/packaging/mirror
+echo 'mkdir -p "$4/etc" "$4/usr/sbin"' >>"$scratch/tools/tar"
+echo 'for file; do case $file in *.new) touch "$file" ;; esac; done' >>"$scratch/tools/mmdebstrap"
+for part in mmdebstrap tar "git clone" unshare; do
+    FAILS=$part run 3 tests/fresh bookworm ./run.sh tour
+    verdict "its machine is deleted" [ -z "$(find "$scratch/project/out/fresh" -mindepth 1 -type d)" ]
+done
+rm "$scratch/project/out/fresh/bookworm.tar"
+FAILS=none run 0 tests/fresh bookworm ./run.sh tour
+called "install-packages roots" mirror "mmdebstrap * bookworm *" "tar -xf */bookworm.tar *" "git clone *" \
+    "unshare * ./run.sh tour"
+FAILS=none run 0 tests/fresh bookworm ./run.sh tour
+called "install-packages roots" "tar *" "git *" "unshare *"
+rm "$scratch"/tools/{tar,git}
 
 copy test.sh tests/coverage.sh tests/source-checks.sh .ci/run
 stand_in tools/{gcovr,clang-format-19,shellcheck,pyflakes3,codespell,cppcheck,clazy,clang-tidy} \
@@ -215,6 +253,25 @@ FAILS=none run 0 sh -eu trial
 FAILS=control run 3 sh -eu trial
 verdict "the end of its log" grep -qx said "$scratch/said"
 
+# The packages are built anew when something that goes into them has changed.
+copy virtual-board/build-packages
+stand_in project/packaging/build-deb
+deb=$scratch/project/out/deb/bookworm/mosktest_1_armhf.deb
+echo "touch -d '1 minute' $deb" >>"$scratch/project/packaging/build-deb"
+# builds CALL...: what the stage calls.
+builds() {
+    FAILS=none run 0 virtual-board/build-packages
+    called "$@"
+}
+rm "$deb"
+builds "build-deb armhf bookworm"
+builds
+touch -d '2 minutes' "$scratch/project/tests/a.cpp"
+builds
+touch -d '2 minutes' "$scratch/project/pages/a.cpp"
+builds "build-deb armhf bookworm"
+FAILS=build-deb run 3 virtual-board/build-packages
+
 # --- Before a release ---
 
 copy packaging/{build-deb,release-check} debian/control
@@ -233,5 +290,18 @@ FAILS="fresh trixie"
 run 1 packaging/release-check 'run-*'
 FAILS='fresh bookworm sh'
 run 1 packaging/release-check 'accept-*'
+stand_in tools/piuparts project/packaging/try-{buildroot,yocto}
+mkdir -p "$scratch"/project/out/deb/{bookworm,trixie} "$scratch/project/out/fresh"
+touch "$scratch"/project/out/fresh/{bookworm,trixie}.tar
+for part in "0 none" "1 fresh" "1 piuparts"; do
+    FAILS=${part#* } run "${part% *}" packaging/release-check 'piuparts-*'
+done
+FAILS=none run 0 packaging/release-check 'autopkgtest-*'
+FAILS="fresh trixie" run 1 packaging/release-check 'autopkgtest-*'
+FAILS=none run 0 packaging/release-check --buildroot /a --buildroot /b --bitbake /c buildroot bitbake
+called "install-packages release" "dpkg --print-architecture" "try-buildroot /a /b" "try-yocto /c"
+for part in try-buildroot try-yocto; do
+    FAILS=$part run 1 packaging/release-check --buildroot /a --bitbake /c buildroot bitbake
+done
 run 2 packaging/release-check picnic
 exit "$failures"

@@ -7,7 +7,6 @@
 
 #include <QDir>
 #include <QEventLoop>
-#include <QPushButton>
 #include <QQuickWidget>
 
 #include <utility>

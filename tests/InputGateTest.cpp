@@ -8,7 +8,6 @@
 #include <QDialog>
 #include <QPointer>
 #include <QPushButton>
-#include <QTextEdit>
 
 #include <functional>
 #include <memory>

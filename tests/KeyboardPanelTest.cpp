@@ -15,7 +15,6 @@
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <QTextBlock>
 #include <QTextEdit>
 #include <QTouchDevice>
 

@@ -3,7 +3,6 @@
 #include "simulated-board/Board.h"
 #include "tests/Program.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
 #include <QJsonDocument>

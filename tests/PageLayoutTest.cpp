@@ -11,7 +11,6 @@
 #include <QProcess>
 #include <QTabBar>
 #include <QTabWidget>
-#include <QTextEdit>
 
 /// Describes the main window and each page, a line for a widget, and compares this with
 /// tests/layout/. Where the languages differ, a line has the English and the Chinese text. Nothing

@@ -1,7 +1,6 @@
 #include "simulated-board/tour/Tour.h"
 
 #include <QDeadlineTimer>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>

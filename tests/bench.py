@@ -10,6 +10,7 @@ QEMU agrees to everything. Of the steps only the tour is taken.
 import contextlib
 import glob
 import io
+import json
 import os
 import re
 import runpy
@@ -18,6 +19,7 @@ import socket
 import subprocess
 import sys
 import threading
+import types
 
 sys.dont_write_bytecode = True
 PLACE = "/tmp/out/board"
@@ -26,6 +28,7 @@ HERE = "/tmp/virtual-board"
 PAGES = ("home", "basic", "camera")
 TOUR = "mkdir -p $4 && cp /tmp/report.xml $4\necho '6 checks, 0 wrong'\n"
 failures = 0
+asked = []
 
 
 def expect(name, shown, expected):
@@ -60,7 +63,8 @@ def agree(listener):
     while True:
         lines = listener.accept()[0].makefile("rw", buffering=1)
         lines.write("{}\n")
-        for _ in lines:
+        for line in lines:
+            asked.append(json.loads(line))
             lines.write('{"return": {}}\n')
 
 
@@ -127,6 +131,71 @@ def idle_steps():
         rf"\b{area}\.{name}\b", accept) and not re.search(rf"(?<!def ){name}\(", code)]
 
 
+def control(*arguments):
+    """What "control" exits with and prints."""
+    done = subprocess.run([HERE + "/control", *arguments], stdout=subprocess.PIPE,
+                          stderr=subprocess.DEVNULL, check=False)
+    return done.returncode, done.stdout
+
+
+def look_at_control():
+    expect("a board that is up", control("up")[0], 0)
+    expect("a command's output and status", control("shell", "echo said; (exit 3)"), (3, b"said\n"))
+    expect("a command that is none", control("picnic")[0], 2)
+    asked.clear()
+    control("tap", "512", "300")
+    events = [ask["arguments"]["events"] for ask in asked if ask["execute"] == "input-send-event"]
+    axes = [{"type": "abs", "data": {"axis": axis, "value": value}}
+            for axis, value in (("x", 16400), ("y", 16411))]
+    button = [[{"type": "btn", "data": {"down": down, "button": "left"}}] for down in (True, False)]
+    expect("a tap in the middle", events, [axes, *button])
+
+
+def debugfs(image, request):
+    return subprocess.run(["debugfs", "-R", request, f"{PLACE}/{image}"], stdout=subprocess.PIPE,
+                          stderr=subprocess.DEVNULL, check=True).stdout.decode()
+
+
+def look_at_media():
+    os.remove(PLACE + "/stick.img")
+    made = []
+    for _ in range(2):
+        expect("the media are made", subprocess.run([HERE + "/build-media"], check=False).returncode, 0)
+        made.append([os.stat(f"{PLACE}/{name}.img").st_mtime_ns
+                     for name in ("stick", "partitioned", "card")])
+    expect("and once only", made[1], made[0])
+    expect("the eMMC's size", os.stat(PLACE + "/emmc.img").st_size, 64 << 20)
+    for image, sound in (("stick.img", "tone-440.wav"), ("card.img", "tone-880.wav"),
+                         ("partitioned.img?offset=1048576", "tone-440.wav")):
+        expect(f"{image} has a sound", sound in debugfs(image, "ls"), True)
+        journal = "needs_recovery" in debugfs(image, "features")
+        expect(f"{image} has what a computer has left", journal, image == "stick.img")
+    with open(PLACE + "/partitioned.img", "rb") as file:
+        sector = file.read(512)
+    expect("a partition of Linux, which begins there",
+           (sector[450], sector[454:458], sector[510:]), (0x83, b"\0\x08\0\0", b"\x55\xaa"))
+
+
+def look_at_mounts(console, storage):
+    """A step sees what is mounted, whatever it hopes for."""
+    mounted = storage.mounted
+    storage.wait_for = lambda is_so: is_so()
+    for count in "01":
+        put_tool("grep", f"echo {count}\n")
+        seen = [mounted(types.SimpleNamespace(console=console), "sda", hope) for hope in (True, False)]
+        expect(f"{count} mounts", seen, [count == "1"] * 2)
+    put_tool("grep", "")
+
+
+def look_at_log():
+    """The log that is sent has every marker that the program knows."""
+    from bench.ports import flashing_log
+    with open(sys.argv[1] + "/protocols/FlashingLogParser.cpp", encoding="utf-8") as file:
+        markers = re.findall(r'^    \{"(.*?)", Rule::', file.read(), re.M)
+    expect("markers that are never sent", (len(markers) > 0, [
+        marker for marker in markers if marker not in flashing_log()]), (True, []))
+
+
 def fail(_bench):
     raise ValueError("a step that fails")
 
@@ -134,8 +203,12 @@ def fail(_bench):
 def main():
     listeners, console = make_board()
     sys.path.insert(0, HERE)
+    from bench.machine import Console
     from bench.report import Report
     from bench.steps import camera, can, production, storage, systemd, touch, wifi
+    look_at_log()
+    look_at_mounts(Console(), storage)
+    look_at_control()
     for module in (camera, can, production, storage, systemd, touch, wifi):
         for name, value in vars(module).items():
             if getattr(value, "__module__", "") == module.__name__:
@@ -150,6 +223,9 @@ def main():
     put_tool("ls", "echo x >>/tmp/files; exec /usr/bin/cat /tmp/files\n")
     walk("a soak that loses descriptors", 1, "--soak", "0.01")
     put_tool("ls", "echo 0\n")
+    put_tool("awk", "echo x >>/tmp/memory; echo $(wc -l </tmp/memory)000 1\n")
+    walk("a soak that takes more and more memory", 1, "--soak", "0.01")
+    put_tool("awk", "echo 1000 1\n")
     camera.first_opening = fail
     walk("a step that fails", 1, "--size", "800x480", "tour")
     walk("a step that fails with systemd", 1, "--systemd")
@@ -171,6 +247,9 @@ def main():
     walk("a tour that is not content at the first size", 1, "tour")
     put_tool("../virtual-board/start", "exit 1\n")
     walk("a board that does not start", 1, "tour")
+    look_at_media()
+    os.remove(PLACE + "/qmp.socket")
+    expect("a board that is gone", control("up")[0], 1)
     console.kill()
     for listener in listeners:
         listener.close()

@@ -7,6 +7,8 @@
 
 #include <csignal>
 
+#include <sys/resource.h>
+
 namespace
 {
 
@@ -40,6 +42,7 @@ private slots:
     void firstBytesOfTheOutputAreRead();
     void readWaitsForWhatAToolStillSays();
     void linesAreTakenAsTheyCome();
+    void commandThatCannotBeStartedIsLoggedWithoutItsArguments();
 
     void commandsMeetTheDefaultSignals_data();
     void commandsMeetTheDefaultSignals();
@@ -73,6 +76,20 @@ void ShellTest::linesAreTakenAsTheyCome()
                   lines.append(line + (QFile::exists("/tmp/over") ? "late" : "at once"));
               });
     QCOMPARE(lines, QList<QByteArray>({"half\nat once", "last\nlate"}));
+}
+
+void ShellTest::commandThatCannotBeStartedIsLoggedWithoutItsArguments()
+{
+    rlimit limit = {};
+    QCOMPARE(getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const rlimit none = {3, limit.rlim_max};
+    QTest::ignoreMessage(QtWarningMsg, "Cannot run wpa_cli: Too many open files");
+
+    QCOMPARE(setrlimit(RLIMIT_NOFILE, &none), 0);
+    const auto read = ReadShell("wpa_cli -i wlan0 set_network 0 psk secret", 30);
+    QCOMPARE(setrlimit(RLIMIT_NOFILE, &limit), 0);
+
+    QVERIFY(!read);
 }
 
 void ShellTest::commandsMeetTheDefaultSignals_data()

@@ -40,8 +40,22 @@ report "every installed file is in a package" "$(
         <<<"$installed" || true)"
 report "debhelper installs the unit and the rule" "$(
     [ debian/mosktest.service -ef packaging/service/mosktest.service ] || echo unit
-    [ debian/mosktest.udev -ef packaging/service/99-mosktest.rules ] || echo rule
-    grep -q 'dh_installudev --priority=99' debian/rules || echo "the rule's place among others")"
+    [ debian/mosktest.udev -ef packaging/service/99-mosktest.rules ] || echo rule)"
+report "debhelper builds and installs all of it" "$(missing_from "$(sed 's/^\t//' debian/rules)" <<'TEXT'
+dh_auto_configure -- -DBUILD_TESTING=OFF -DMOSK_GUIDE=$(if $(NODOC),OFF,ON)
+dh_auto_build -- MoskTest operator-plugin operate tour $(if $(NODOC),,guide)
+dh_installinit --only-scripts --package=mosktest --name=mosktest
+dh_installudev --priority=99
+TEXT
+)"
+report "the operator has a package of its own" "$(grep -E 'operate|tour|generic' debian/mosktest.install || true)"
+report "the init script's name where BusyBox looks, and settings and rules where they belong" "$(
+    missing_from "$(cat packaging/buildroot/package/mosktest/mosktest.mk)" <<'TEXT'
+	mv $(TARGET_DIR)/etc/init.d/mosktest $(TARGET_DIR)/etc/init.d/S80mosktest
+	-DCMAKE_INSTALL_SYSCONFDIR=/etc -DMOSK_UDEV_DIR=/lib/udev/rules.d
+MOSKTEST_POST_INSTALL_TARGET_HOOKS += $(if $(BR2_INIT_SYSTEMD),MOSKTEST_REMOVE_INIT_SCRIPT)
+TEXT
+)"
 report "every file of a package is there" "$(cat debian/*.install debian/*.docs | while read -r name; do
     grep -qxE "$(as_expression <<<"$name")" <<<"$installed" || [ -e "$name" ] || echo "$name"
 done)"
@@ -172,10 +186,11 @@ for action in add remove; do
 done
 # shellcheck disable=SC2317 # called by devices
 by_mdev() {
-    local name
+    local name owner mode command
     # The star: when it comes and when it goes.
-    while read -r name _ _ command; do
-        [[ ! $1 =~ ^$name$ || $command != '*/usr/lib/mosktest/prepare-board hotplug' ]] || return 0
+    while read -r name owner mode command; do
+        [[ ! $1 =~ ^$name$ || "$owner $mode" != "0:0 660" ||
+            $command != '*/usr/lib/mosktest/prepare-board hotplug' ]] || return 0
     done < <(grep -v '^#' packaging/service/mdev.conf)
     return 1
 }

@@ -125,6 +125,14 @@ for shown in "tour on vnc:size=800x480:" "vnc on vnc:size=800x480:" "window Xeph
     verdict "what ran beside it has ended" neighbours_have_ended
 done
 
+# A viewer's way into the sandbox.
+copy simulated-board/inside/with-socket
+for status in 0 3; do
+    run "$status" simulated-board/inside/with-socket /there/vnc 5900 \
+        sh -c 'until grep -q ^socat "$CALLS"; do sleep 0.01; done; exit "$0"' "$status"
+    called "socat UNIX-LISTEN:/there/vnc,fork TCP:127.0.0.1:5900"
+done
+
 # --- What has to pass before a change lands ---
 
 copy tests/fresh

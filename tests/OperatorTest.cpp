@@ -74,6 +74,7 @@ private slots:
     void clientMayLeaveInTheMiddle();
     void clientsAreServedSideBySide();
     void socketIsForItsOwnerAlone();
+    void programAtRestTakesNoTime();
     void programThatIsNotUpIsAnError();
     void programThatEndsIsAnError();
     void waitingForATextTellsWhatStoodThere();
@@ -554,6 +555,28 @@ void OperatorTest::socketIsForItsOwnerAlone()
     const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
                                       QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
     QCOMPARE(QFile::permissions(socketPath) & others, QFile::Permissions());
+}
+
+void OperatorTest::programAtRestTakesNoTime()
+{
+    // In hundredths of a second. The program's name has no blanks.
+    const auto processorTime = [this] {
+        const auto words =
+            Board::ReadFile(QString("/proc/%1/stat").arg(m_program.processId())).split(' ');
+        return words[13].toInt() + words[14].toInt();
+    };
+    QVERIFY(m_operator.Idle());
+
+    // What was just started may still load.
+    const bool isAtRest = QTest::qWaitFor(
+        [&] {
+            const int before = processorTime();
+            QTest::qWait(1000);
+            return processorTime() - before <= 10;
+        },
+        20000);
+
+    QVERIFY(isAtRest);
 }
 
 void OperatorTest::programThatIsNotUpIsAnError()

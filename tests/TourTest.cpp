@@ -279,6 +279,8 @@ void TourTest::eachKindOfFaultIsWrong_data()
         "port ttyS0 loopback\nport ttyS1 echo\n", {"COM0 send", "COM1 open"});
     add("wifi", "wrong passphrase, no such network", "network Bench -50 12345678\n",
         "network Bench -50 87654321\nnetwork Annex -60 87654321\n", {"connect", "refresh", "scan"});
+    add("wifi", "nobody answers", "network Bench -50 12345678\n",
+        "network Bench -50 12345678 far 10.0.1.1\n", {"ping"});
     add("voice", "sound ends at once", "sound usb/a.wav 0\n", "sound usb/a.wav 3\n", {"play"});
     add("voice", "no sound", "", "sound usb/a.wav 3\n",
         {"choose in bodyWidget QComboBox", "play", "scan"});
@@ -290,10 +292,12 @@ void TourTest::eachKindOfFaultIsWrong_data()
     add("production", "no port", "", "port ttyS2 nothing\n", {"burnt"});
     add("remote-access", "other server",
         "file /etc/frpc.ini "
-        "[common]\\nserver_addr=a\\nserver_port=1\\n[vnc]\\nremote_port=6000\\n\n",
+        "[common]\\nserver_addr=a\\nserver_port=1\\n[vnc]\\nremote_port=6000\\n\n"
+        "file /etc/vnclinuxfb.conf password=a\\n\n",
         "file /etc/frpc.ini "
-        "[common]\\nserver_addr=b\\nserver_port=1\\n[vnc]\\nremote_port=6000\\n\n",
-        {"server"});
+        "[common]\\nserver_addr=b\\nserver_port=2\\n[vnc]\\nremote_port=6003\\n\n"
+        "file /etc/vnclinuxfb.conf password=b\\n\n",
+        {"password", "remote port", "server", "server port"});
     add("camera", "black", "camera video0 #000000 Front\n", "camera video0 any Front\n", {"Front"},
         "#000000");
     add("camera", "other picture", "camera video0 #c06020 Front\n", "camera video0 #2060c0 Front\n",

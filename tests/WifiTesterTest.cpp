@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QStyledItemDelegate>
+#include <QTextCodec>
 
 #include <csignal>
 
@@ -60,6 +61,7 @@ private slots:
     void nameIsShownAsPeopleReadIt();
     void longNameKeepsItsSignalInSight();
     void scanReplacesTheList();
+    void scanIsReadAsUtf8WhateverTheLocale();
     void scanStopsAtAnEmptyLine();
     void scanWithoutAResultFileIsEmpty();
     void scanIntoAFolderIsEmpty();
@@ -404,6 +406,20 @@ void WifiTesterTest::scanReplacesTheList()
     ScanFor(1);
 
     QCOMPARE(Networks()->currentText(), QString("Bench -50"));
+}
+
+void WifiTesterTest::scanIsReadAsUtf8WhateverTheLocale()
+{
+    BuildOn("wlan0 up\n");
+    Board::PutTool("awk", "cat >/dev/null; printf 'header\\n网络 -50\\n'");
+
+    // A service has no language of its own.
+    QTextCodec* before = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    Press(m_page.get(), "btnScan");
+    QTextCodec::setCodecForLocale(before);
+
+    QCOMPARE(Networks()->itemText(0), QString::fromUtf8("网络 -50"));
 }
 
 void WifiTesterTest::scanStopsAtAnEmptyLine()

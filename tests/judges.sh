@@ -280,6 +280,24 @@ touch -d '2 minutes' "$scratch/project/pages/a.cpp"
 builds "build-deb armhf bookworm"
 FAILS=build-deb run 3 virtual-board/build-packages
 
+# The kernel is built anew when its configuration has changed, and has all of it.
+copy virtual-board/{build-kernel,kernel.config}
+stand_in tools/{dpkg-query,tar,make}
+echo 'echo linux-source-6.1' >>"$scratch/tools/dpkg-query"
+objects=$scratch/project/build/virtual-board/kernel/objects
+echo "mkdir -p $objects/arch/arm/boot; touch $objects/arch/arm/boot/zImage
+grep -v \"\${DROPPED:-none}\" $scratch/project/virtual-board/kernel.config >$objects/.config" >>"$scratch/tools/make"
+DROPPED=CONFIG_CAN= run 1 virtual-board/build-kernel
+verdict "what is dropped is told" grep -q 'does not take: CONFIG_CAN=' "$scratch/said"
+for changed in yes no yes; do
+    FAILS=none run 0 virtual-board/build-kernel
+    verdict "changed: $changed" [ "$changed" = "$(grep -q '^make .* zImage modules$' "$CALLS" && echo yes || echo no)" ]
+    [ "$changed" = yes ] || echo CONFIG_TRIAL=y >>"$scratch/project/virtual-board/kernel.config"
+done
+echo CONFIG_TRIAL2=y >>"$scratch/project/virtual-board/kernel.config"
+FAILS="make * zImage" run 3 virtual-board/build-kernel
+rm "$scratch"/tools/{dpkg-query,tar,make}
+
 # --- Before a release ---
 
 copy packaging/{build-deb,release-check} debian/control

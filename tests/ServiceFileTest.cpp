@@ -9,6 +9,7 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,12 +18,22 @@
 namespace
 {
 
+/// The owners that files were given, each a user and a group.
+QList<QPair<uid_t, gid_t>> s_owners;
+
 void Write(const QString& path, const QByteArray& content)
 {
     EditServiceFile(path, [&content](const QByteArray&) { return content; });
 }
 
 } // namespace
+
+// Replaces the C library's: the board has one user, so the file itself cannot tell.
+extern "C" int fchown(int file, uid_t user, gid_t group) noexcept
+{
+    s_owners.append({user, group});
+    return static_cast<int>(syscall(SYS_fchown, file, user, group));
+}
 
 class ServiceFileTest : public QObject
 {
@@ -67,6 +78,9 @@ void ServiceFileTest::fileKeepsOwnerAndMode()
 {
     Board::WriteFile("/etc/test/file", "old");
     QCOMPARE(chmod("/etc/test/file", 0440), 0);
+    struct stat before = {};
+    QCOMPARE(stat("/etc/test/file", &before), 0);
+    s_owners.clear();
     const Warnings warnings;
 
     Write("/etc/test/file", "new");
@@ -74,6 +88,7 @@ void ServiceFileTest::fileKeepsOwnerAndMode()
     struct stat after = {};
     QCOMPARE(stat("/etc/test/file", &after), 0);
     QCOMPARE(after.st_mode & 07777, 0440u);
+    QVERIFY(s_owners.contains({before.st_uid, before.st_gid}));
     QCOMPARE(Board::ReadFile("/etc/test/file"), QByteArray("new"));
     QCOMPARE(Warnings::Texts(), QStringList());
 }

@@ -316,6 +316,11 @@ keep
 kill "$(cut -d' ' -f1 /tmp/starts)"
 check "a program that ends by itself stays so" within 10 is_over
 
+rm -f /tmp/ends
+keep
+kill -HUP "$keeper"
+check "a terminal that goes ends the program in order too" within 10 test -e /tmp/ends
+
 # --- The page that is opened at the start, and what runs beside the program ---
 
 # settings LINE...: what the settings have beside the shipped ones.

@@ -115,14 +115,16 @@ class Console:
         self.wait_for_shell()
 
     def wait_for_shell(self, patience=60):
-        """Asks again and again: the console forgets what it was sent while a shell takes it over."""
+        """Asks again after each second of silence: the console forgets what it was sent while a
+        shell takes it over."""
         self.peer.settimeout(1)
         heard = b""
         end = time.monotonic() + patience
         while b"==shell" not in heard and time.monotonic() < end:
             self.peer.sendall(b"\x15echo '=='shell\n")
             try:
-                heard += self.peer.recv(65536)
+                while b"==shell" not in heard:
+                    heard += self.peer.recv(65536)
             except socket.timeout:
                 pass
 

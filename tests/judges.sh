@@ -239,7 +239,7 @@ done
 copy virtual-board/start
 stand_in project/virtual-board/{control,build-{media,packages,root,kernel,image,systemd-image}}
 stand_in tools/qemu-system-arm
-echo 'printf "virtual board is up after 6 s\nboard# " >console.log; exec sleep 9' >>"$scratch/tools/qemu-system-arm"
+printf '%s\n' 'printf "virtual board is up after 6 s\nboard# " >console.log; exec sleep 9' >>"$scratch/tools/qemu-system-arm"
 mkdir -p "$scratch/project/out/board/shared" "$scratch/project/out/deb/bookworm"
 touch "$scratch"/project/out/deb/bookworm/mosktest{,-operator}_1_armhf.deb
 FAILS="control up"

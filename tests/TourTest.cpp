@@ -378,6 +378,7 @@ void TourTest::whatIsNotThereIsLeftOutOrFails()
 void TourTest::stoppedTourIsIncomplete()
 {
     // Set changes the frp client's file for a while.
+    m_options = QStringList{"--page", "home", "--page", "remote-access"};
     StartTour(m_default, m_default);
     QVERIFY(WaitForLine("remote-access | set 6001"));
     QVERIFY(Board::ReadFile("/etc/frpc.ini").contains("6001"));

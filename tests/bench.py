@@ -19,6 +19,7 @@ import socket
 import subprocess
 import sys
 import threading
+import time
 import types
 
 sys.dont_write_bytecode = True
@@ -92,7 +93,7 @@ def make_board():
         ["socat", f"UNIX-LISTEN:{PLACE}/console.socket,fork", "EXEC:sh,pty,stderr,setsid,ctty"],
         env={**os.environ, "PATH": TOOLS + ":" + os.environ["PATH"]})
     while not os.path.exists(PLACE + "/console.socket"):
-        pass
+        time.sleep(0.01)
     return listeners, console
 
 
@@ -176,6 +177,34 @@ def look_at_media():
            (sector[450], sector[454:458], sector[510:]), (0x83, b"\0\x08\0\0", b"\x55\xaa"))
 
 
+def look_at_console(console_class):
+    """A board's console forgets what comes before its shell: the first words are said again. It
+    closes when QEMU ends."""
+    listener = listen("console")
+    heard = []
+
+    def forget_once():
+        peer = listener.accept()[0]
+        heard.append(peer.recv(100))
+        heard.append(peer.recv(100))
+        peer.sendall(b"==shell\r\n")
+        peer.recv(100)
+        peer.sendall(b"==begin 1\r\nup\r\n==end 1 0\r\n")
+
+        peer.recv(100)
+        peer.close()
+
+    threading.Thread(target=forget_once, daemon=True).start()
+    console = console_class()
+    expect("a console that forgets", console.run("uptime"), ("up\n", 0))
+    expect("what it was asked", heard, [b"\x15echo '=='shell\n"] * 2)
+    try:
+        expect("a console that closes", console.run("uptime"), "no answer")
+    except OSError as error:
+        expect("a console that closes", str(error), "QEMU has ended")
+    listener.close()
+
+
 def look_at_mounts(console, storage):
     """A step sees what is mounted, whatever it hopes for."""
     mounted = storage.mounted
@@ -251,9 +280,11 @@ def main():
     os.remove(PLACE + "/qmp.socket")
     expect("a board that is gone", control("up")[0], 1)
     console.kill()
+    os.remove(PLACE + "/console.socket")
+    look_at_console(Console)
     for listener in listeners:
         listener.close()
-    return failures
+    return 1 if failures else 0
 
 
 if __name__ == "__main__":

@@ -124,9 +124,16 @@ class Console:
             self.peer.sendall(b"\x15echo '=='shell\n")
             try:
                 while b"==shell" not in heard:
-                    heard += self.peer.recv(65536)
+                    heard += self.hear()
             except socket.timeout:
                 pass
+
+    def hear(self):
+        """Returns what the console says next. OSError tells that there is none."""
+        said = self.peer.recv(65536)
+        if not said:
+            raise OSError("QEMU has ended")
+        return said
 
     def run(self, command, patience=60):
         """Runs a command. Returns its output and its exit status."""
@@ -140,7 +147,7 @@ class Console:
                            re.DOTALL)
         heard = b""
         while True:
-            heard += self.peer.recv(65536)
+            heard += self.hear()
             found = marks.search(heard)
             if found:
                 return found[1].replace(b"\r", b"").decode(errors="replace"), int(found[2])

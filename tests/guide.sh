@@ -7,17 +7,8 @@ project=$(cd "$(dirname "$0")/.." && pwd)
 guide=$project/docs/guide
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-failures=0
-
-# report WHAT PROBLEMS: it is right when there are none.
-report() {
-    if [ -z "$2" ]; then
-        echo "$1: ok"
-    else
-        printf '%s: WRONG\n%s\n' "$1" "$2"
-        failures=$((failures + 1))
-    fi
-}
+# shellcheck source=tests/verdicts.bash
+. "$project/tests/verdicts.bash"
 
 # What a page would load, other pages aside.
 loaded_by() {
@@ -75,4 +66,4 @@ refused "operator-chinese: no picture of the page printer" \
     sed -i 's/"camera"/"printer"/' ../../frame/Pages.cpp
 refused "source/operator-english.md: there is no chapter #databases" \
     sed -i 's/(#database)/(#databases)/' source/operator-english.md
-exit "$failures"
+[ "$failures" -eq 0 ]

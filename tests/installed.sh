@@ -10,18 +10,9 @@ cd "$project"
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 tree=$scratch/tree
-failures=0
+# shellcheck source=tests/verdicts.bash
+. tests/verdicts.bash
 DESTDIR=$tree cmake --install "$build" >"$scratch/log"
-
-# report WHAT PROBLEMS: it is right when there are none.
-report() {
-    if [ -z "$2" ]; then
-        echo "$1: ok"
-    else
-        printf '%s: WRONG\n%s\n' "$1" "$2"
-        failures=$((failures + 1))
-    fi
-}
 
 # missing_from LINES: those of the lines on standard input that are not among these.
 missing_from() {
@@ -293,4 +284,4 @@ known=$(grep -rhoE --include=CMakeLists.txt '(option|set)\(MOSK_[A-Z_]*' CMakeLi
     simulated-board | sed 's/.*(//')
 report "the packages set what CMake knows" "$(grep -rhoE -e '-DMOSK_[A-Z_]*' debian packaging docs |
     sed 's/^-D//' | sort -u | missing_from "$known")"
-exit "$failures"
+[ "$failures" -eq 0 ]

@@ -8,22 +8,11 @@ set -eu
 
 service=$1
 program=$2
-failures=0
+# shellcheck source=tests/verdicts.bash
+. "$(dirname "$0")/verdicts.bash"
 make-board <<<"port ttyS5 controller"
 mkdir -p /etc/default
 cp "$service/mosktest.default" /etc/default/mosktest
-
-# check NAME COMMAND...: the command must succeed.
-check() {
-    local name=$1
-    shift
-    if "$@"; then
-        echo "$name: ok"
-    else
-        echo "$name: WRONG"
-        failures=$((failures + 1))
-    fi
-}
 
 # within SECONDS COMMAND...: waits for the command to succeed.
 within() {
@@ -421,4 +410,4 @@ within 10 starts 1
 check "a program that does not end is killed" init stop 0 "it is killed"
 check "and nothing starts it again" within 10 eval '! runs && ! pgrep -f keep-running'
 
-exit "$failures"
+[ "$failures" -eq 0 ]

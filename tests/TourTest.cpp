@@ -1,5 +1,6 @@
 #include "frame/Pages.h"
 #include "simulated-board/Board.h"
+#include "simulated-board/tour/Processes.h"
 #include "tests/Program.h"
 
 #include <QDir>
@@ -104,6 +105,7 @@ private slots:
     void tourWithoutAProgramIsIncomplete();
     void wrongDescriptionIsRefused();
     void unwritableReportIsRefused();
+    void processesEndWhileTheyAreListed();
 
 private:
     void StartTour(const QByteArray& board, const QByteArray& expected);
@@ -121,6 +123,7 @@ private:
 void TourTest::init()
 {
     PutOperatorAt(m_program);
+    LookForNoLeaks(m_program);
     QDir(folder).removeRecursively();
     m_options.clear();
     // One of the boards has a folder in the place of the database.
@@ -175,7 +178,7 @@ void TourTest::goodBoardPasses()
 {
     const int status = TakeTour(m_default, m_default);
 
-    QVERIFY2(status == 0, qPrintable(m_lines.join('\n')));
+    QVERIFY2(status == 0, qPrintable(m_lines.filter(" | WRONG, ").join('\n')));
     // Nobody would miss a check that is no longer taken.
     QCOMPARE(m_lines.filter(" checks, ").value(0).section(", ", 0, 2),
              QString("131 checks, 0 wrong, 6 left out"));
@@ -450,6 +453,19 @@ void TourTest::unwritableReportIsRefused()
     QVERIFY(m_tour->waitForFinished());
     QCOMPARE(m_tour->exitCode(), 1);
     QCOMPARE(m_tour->readAllStandardOutput(), QByteArray("cannot make the folder /tmp/file\n"));
+}
+
+void TourTest::processesEndWhileTheyAreListed()
+{
+    QProcess shell;
+    shell.start("sh", {"-c", "while :; do /bin/true; done"});
+    QVERIFY(shell.waitForStarted());
+
+    for (int i = 0; i < 2000; ++i) {
+        QVERIFY(ProcessesOf({"nobody"}).isEmpty());
+    }
+    shell.kill();
+    shell.waitForFinished();
 }
 
 QTEST_GUILESS_MAIN(TourTest)

@@ -1,25 +1,23 @@
 #include "simulated-board/tour/Processes.h"
 
 #include <QByteArray>
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <QDir>
+#include <QFile>
 
 namespace
 {
 
 /// Where the kernel lists the processes. The simulated board's own /proc has every number.
-const char* ProcessFolder()
+QString ProcessFolder()
 {
-    return std::filesystem::exists("/run/proc/self") ? "/run/proc" : "/proc";
+    return QFile::exists("/run/proc/self") ? "/run/proc/" : "/proc/";
 }
 
 /// The words of a command as the kernel lists them.
-QStringList WordsOf(const std::string& command)
+QStringList WordsOf(const QByteArray& command)
 {
     QStringList words;
-    const QList<QByteArray> bytes = QByteArray::fromStdString(command).split('\0');
+    const QList<QByteArray> bytes = command.split('\0');
     for (const QByteArray& word : bytes) {
         words.append(QString::fromLocal8Bit(word));
     }
@@ -32,14 +30,15 @@ QStringList WordsOf(const std::string& command)
 QList<int> ProcessesOf(const QStringList& words)
 {
     QList<int> processes;
-    for (const auto& entry : std::filesystem::directory_iterator(ProcessFolder())) {
-        const int process = QString::fromStdString(entry.path().filename()).toInt();
-        std::ifstream file(entry.path() / "cmdline");
-        if (process == 0 || !file) {
+    const QStringList names = QDir(ProcessFolder()).entryList(QDir::Dirs);
+    for (const QString& name : names) {
+        const int process = name.toInt();
+        QFile file(ProcessFolder() + name + "/cmdline");
+        if (process == 0 || !file.open(QIODevice::ReadOnly)) {
             continue;
         }
-        QStringList command =
-            WordsOf({std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()});
+        // A process that ends meanwhile has no words any more.
+        QStringList command = WordsOf(file.readAll());
         command = command.mid(qMax(0, command.size() - words.size()));
         if (!command.isEmpty()) {
             command[0] = command[0].section('/', -1);

@@ -69,8 +69,8 @@ void BodyWidget::ChangePage()
     if (!IsChangeDue() || QApplication::activeModalWidget() != nullptr) {
         return; // eventFilter() comes back to it when the box is closed.
     }
-    // Qt may deliver the next tap from inside a closing list's code. Changing the page then would
-    // delete the list, so the change waits.
+    // A list is part of the page. Changing the page would delete it while it is open, or while its
+    // own code closes it, so the change waits.
     if (IsPageWaiting() || ShownList() != nullptr) {
         m_later->start();
         return;

@@ -1,7 +1,6 @@
 #include "frame/InputGate.h"
 
 #include <QApplication>
-#include <QMouseEvent>
 #include <QWidget>
 
 #include <algorithm>
@@ -59,23 +58,13 @@ bool InputGate::eventFilter(QObject* watched, QEvent* event)
     }
     // Input reaches a window first, and the window passes it on to its widgets. A touch that no
     // widget takes becomes a mouse's input, and is dropped then.
-    if (m_isClosed) {
-        return true;
-    }
-    if (!IsListClosing()) {
-        return false;
-    }
-    // A tap waits until the list is gone. A key that opened the same list again would leave it open
-    // and hidden.
-    if (const auto* tap = dynamic_cast<QMouseEvent*>(event)) {
-        QCoreApplication::postEvent(watched, new QMouseEvent(*tap));
-    }
-    return true;
+    return m_isClosed || IsListClosing();
 }
 
 /// Closes the gate until the next turn of the event loop. The window is shown by then.
 void InputGate::Close()
 {
     m_isClosed = true;
-    QMetaObject::invokeMethod(this, [this] { m_isClosed = false; }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this] { m_isClosed = false; }, Qt::QueuedConnection);
 }

@@ -11,8 +11,9 @@
 /// only half open. If it hid or deleted the window, a window that is gone would stay in the
 /// platform's list.
 ///
-/// While a list is being closed, taps wait until it is gone, and keys have no effect: one that
-/// opened the list again would leave it listed after it is gone, too.
+/// Nor has what is delivered in the middle of closing a list. A key could open the list again,
+/// which would leave it listed after it is gone, too. A tap could begin a check while the list's
+/// own code is still running.
 ///
 /// No widget has a context menu. On a touch screen nobody needs one.
 class InputGate : public QObject

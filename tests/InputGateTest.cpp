@@ -51,7 +51,7 @@ private slots:
     void screenListsNoWindowThatIsGone_data();
     void screenListsNoWindowThatIsGone();
     void keyDoesNotOpenAListThatIsClosing();
-    void tapWaitsUntilAListIsClosed();
+    void tapFromBeforeAListIsClosedIsDropped();
     void tapOnAShownBoxCounts();
     void everyTapOnAPageCounts();
 
@@ -168,7 +168,7 @@ void InputGateTest::keyDoesNotOpenAListThatIsClosing()
     }
 }
 
-void InputGateTest::tapWaitsUntilAListIsClosed()
+void InputGateTest::tapFromBeforeAListIsClosedIsDropped()
 {
     auto* list = m_window->findChild<QComboBox*>();
     list->showPopup();
@@ -178,7 +178,10 @@ void InputGateTest::tapWaitsUntilAListIsClosed()
     // The platform delivers the tap while it hides the list.
     list->hidePopup();
 
+    QCoreApplication::processEvents();
     QCOMPARE(m_taps, 0);
+
+    QueueTap(CentreOf(m_button));
     QTRY_COMPARE(m_taps, 1);
 }
 

@@ -53,6 +53,20 @@ int StartAndWrite(int& argc, char** argv, const QString& language)
     return status;
 }
 
+/// Changes the language while nothing can be stored in /etc, and again when that is over.
+int WriteAndRecover(int& argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    for (const auto& [mode, language] : {std::pair("ro", "english"), std::pair("rw", "chinese")}) {
+        if (std::system(qPrintable(QString("mount -o remount,%1 /etc").arg(mode))) != 0) {
+            return 1;
+        }
+        MoskSettings::GetInstance()->SetValue("Language", language);
+        QCoreApplication::processEvents();
+    }
+    return 0;
+}
+
 /// The content of a lock file as QLockFile writes it: who holds the lock.
 QByteArray LockOf(qint64 process, const QByteArray& program)
 {
@@ -79,6 +93,7 @@ private slots:
     void changeThatCannotBeStoredIsLogged_data();
     void changeThatCannotBeStoredIsLogged();
 
+    void changeAfterAFailureIsStored();
     void lockLeftBehindIsNoObstacle_data();
     void lockLeftBehindIsNoObstacle();
     void lockOfALivingOwnerIsLeftAlone();
@@ -214,6 +229,22 @@ void MoskSettingsTest::changeThatCannotBeStoredIsLogged()
     QCOMPARE(log.count('\n'), 1);
 }
 
+void MoskSettingsTest::changeAfterAFailureIsStored()
+{
+    QCOMPARE(std::system("mount -t tmpfs none /etc"), 0);
+
+    QProcess program;
+    program.start(QCoreApplication::applicationFilePath(), {"--recover"});
+    QVERIFY(program.waitForFinished());
+    const QByteArray content = Board::ReadFile(path);
+    umount("/etc");
+
+    QCOMPARE(program.exitCode(), 0);
+    QCOMPARE(content, QByteArray("[sys]\nLanguage=chinese\n"));
+    const QByteArray log = program.readAllStandardError();
+    QVERIFY2(log.count('\n') == 1 && log.contains("Read-only"), log.constData());
+}
+
 void MoskSettingsTest::lockLeftBehindIsNoObstacle_data()
 {
     QTest::addColumn<QByteArray>("lock");
@@ -267,6 +298,9 @@ int main(int argc, char** argv)
     }
     if (argc > 1 && qstrcmp(argv[1], "--keep-writing") == 0) {
         return KeepWriting(argc, argv);
+    }
+    if (argc > 1 && qstrcmp(argv[1], "--recover") == 0) {
+        return WriteAndRecover(argc, argv);
     }
     QCoreApplication application(argc, argv);
     MoskSettingsTest test;

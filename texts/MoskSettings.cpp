@@ -23,7 +23,8 @@ bool IsFileOrMissing()
     return info.isFile() || !info.exists();
 }
 
-/// The reason why the file cannot be written, which QSettings does not tell.
+/// The reason why the file cannot be written; empty if it can. QSettings tells neither the reason
+/// nor whether its last writing went well: it keeps its first error.
 QString WriteError()
 {
     if (!IsFileOrMissing()) {
@@ -31,9 +32,8 @@ QString WriteError()
     }
     // Without a commit() this leaves nothing behind.
     QSaveFile trial(path);
-    if (trial.open(QIODevice::WriteOnly)) {
-        trial.write("\n");
-        trial.flush();
+    if (trial.open(QIODevice::WriteOnly) && trial.write("\n") == 1 && trial.flush()) {
+        return {};
     }
     return trial.errorString();
 }
@@ -73,12 +73,14 @@ void MoskSettings::SetValue(const QString& key, const QString& value)
     m_settings->setValue(key, value);
     m_settings->endGroup();
     // QSettings writes the file in the next turn of the event loop. This call comes after it.
-    QMetaObject::invokeMethod(m_settings, [this] { LogFailure(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        m_settings, [this] { LogFailure(); }, Qt::QueuedConnection);
 }
 
 void MoskSettings::LogFailure() const
 {
-    if (m_settings->status() == QSettings::AccessError) {
-        qWarning() << "Cannot write" << path << WriteError();
+    const QString error = m_settings->fileName() == path ? WriteError() : "not a file";
+    if (!error.isEmpty()) {
+        qWarning() << "Cannot write" << path << error;
     }
 }

@@ -13,8 +13,8 @@ namespace
 {
 
 /// Lets the commands that are started while it exists end at SIGPIPE, as a command must when nobody
-/// reads its output any more. Qt ignores this signal in the program, and a new process keeps what
-/// is ignored, but loses what is handled. So an empty handler stands while a command is started.
+/// reads its output any more. The program ignores this signal, and a new process keeps what is
+/// ignored, but loses what is handled. So an empty handler stands while a command is started.
 class DefaultSigPipe
 {
 public:
@@ -38,8 +38,7 @@ private:
 /// Logs that a command could not be started, but not its arguments: a passphrase may be among them.
 void WarnOf(const QByteArray& command)
 {
-    qWarning("Cannot run %s: %s", command.left(command.indexOf(' ')).constData(),
-             std::strerror(errno));
+    qWarning("Cannot run %s: %s", command.split(' ').first().constData(), std::strerror(errno));
 }
 
 FILE* OpenPipe(const QByteArray& command)

@@ -32,6 +32,11 @@ is_size() {
     case $1 in *x*) is_number "${1%x*}" 9999 && is_number "${1#*x}" 9999 ;; *) false ;; esac
 }
 
+# The files of the virtual board belong to root, on the board too.
+need_root() {
+    [ "$(id -u)" -eq 0 ] || refuse "'$1' takes root: sudo ./run.sh $1"
+}
+
 # Whether a program on this machine listens on the TCP port.
 is_taken() {
     cat /proc/net/tcp /proc/net/tcp6 2>/dev/null |
@@ -50,6 +55,7 @@ while [ $# -gt 0 ]; do
         ;;
     accept)
         [ -z "$what" ] || refuse "'accept' after '$what': only one of them can be shown"
+        need_root accept
         shift
         packaging/install-packages board
         exec virtual-board/accept ${size:+--size "$size"} "$@"
@@ -85,7 +91,10 @@ case $what in vnc | board)
     ;;
 esac
 size=${size:-1024x600}
-[ "$what" != board ] || exec virtual-board/start --vnc "$port" --size "$size"
+if [ "$what" = board ]; then
+    need_root board
+    exec virtual-board/start --vnc "$port" --size "$size"
+fi
 if [ -z "$what" ]; then
     what=window
     if [ -z "${DISPLAY:-}" ]; then

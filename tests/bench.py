@@ -61,12 +61,16 @@ def listen(name):
 
 
 def agree(listener):
+    """Answers as QEMU does: one at a time."""
     while True:
         lines = listener.accept()[0].makefile("rw", buffering=1)
-        lines.write("{}\n")
-        for line in lines:
-            asked.append(json.loads(line))
-            lines.write('{"return": {}}\n')
+        try:
+            lines.write("{}\n")
+            for line in lines:
+                asked.append(json.loads(line))
+                lines.write('{"return": {}}\n')
+        except OSError:
+            pass  # It did not wait for its turn.
 
 
 def make_board():
@@ -139,8 +143,13 @@ def control(*arguments):
     return done.returncode, done.stdout
 
 
-def look_at_control():
+def look_at_control(machine_class):
     expect("a board that is up", control("up")[0], 0)
+    machine = machine_class()
+    expect("a board that is up, and operated by somebody else", control("up")[0], 0)
+    asked.clear()
+    expect("operated by somebody else", (control("quit")[0], asked), (1, []))
+    machine.lines.close()
     expect("a command's output and status", control("shell", "echo said; (exit 3)"), (3, b"said\n"))
     expect("a command that is none", control("picnic")[0], 2)
     asked.clear()
@@ -232,12 +241,12 @@ def fail(_bench):
 def main():
     listeners, console = make_board()
     sys.path.insert(0, HERE)
-    from bench.machine import Console
+    from bench.machine import Console, Machine
     from bench.report import Report
     from bench.steps import camera, can, production, storage, systemd, touch, wifi
     look_at_log()
     look_at_mounts(Console(), storage)
-    look_at_control()
+    look_at_control(Machine)
     for module in (camera, can, production, storage, systemd, touch, wifi):
         for name, value in vars(module).items():
             if getattr(value, "__module__", "") == module.__name__:
@@ -274,6 +283,10 @@ def main():
     put_report()
     put_tool("mosktest-tour", TOUR + "! mkdir /tmp/second 2>/dev/null\n")
     walk("a tour that is not content at the first size", 1, "tour")
+    put_tool("cat", "exit 1\n")
+    asked.clear()
+    walk("a board without a display", "The virtual board does not answer: it has no display: ", "tour")
+    expect("is ended", [ask["execute"] for ask in asked][-1], "quit")
     put_tool("../virtual-board/start", "exit 1\n")
     walk("a board that does not start", 1, "tour")
     look_at_media()

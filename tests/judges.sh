@@ -69,6 +69,9 @@ are_called() {
 # --- ./run.sh ---
 
 copy run.sh
+mkdir "$scratch/tools"
+printf '%s\n' '#!/bin/sh' 'echo "${USER_ID:-0}"' >"$scratch/tools/id"
+chmod +x "$scratch/tools/id"
 stand_in tools/{cmake,ctest} project/packaging/install-packages project/simulated-board/show \
     project/virtual-board/{start,accept}
 # shows ARGUMENTS-OF-SHOW COMMAND...
@@ -87,6 +90,10 @@ run 0 ./run.sh accept wifi --soak 3
 called "install-packages board" "accept wifi --soak 3"
 run 0 ./run.sh --size 800x480 accept
 called "install-packages board" "accept --size 800x480"
+for what in board accept; do
+    USER_ID=1000 run 2 ./run.sh "$what"
+    verdict "root is asked for" grep -q "sudo ./run.sh $what" "$scratch/said"
+done
 for FAILS in install-packages "cmake --preset" "cmake --build" show; do
     run 3 ./run.sh tour
 done
@@ -249,6 +256,11 @@ called "control up" "install-packages board" build-media build-packages "build-r
     build-systemd-image "qemu-system-arm *-display none *root-systemd.ext4*xres=1024,yres=600*"
 FAILS=none run 1 virtual-board/start --detach
 run 2 virtual-board/start --picnic
+stand_in tools/{qemu-system-arm,sleep}
+echo 'echo panic >console.log; exec /bin/sleep 9' >>"$scratch/tools/qemu-system-arm"
+FAILS="control up" run 1 virtual-board/start --detach
+verdict "a board that does not come up" grep -q panic "$scratch/said"
+rm "$scratch/tools/sleep"
 
 copy virtual-board/stage.sh
 echo '. virtual-board/stage.sh; begin_stage trial "Trying"; echo said; control up' \

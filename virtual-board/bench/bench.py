@@ -14,9 +14,15 @@ from bench.screen import Screen
 class Bench:
     def __init__(self):
         self.machine = Machine()
+        try:
+            self.connect()
+        except Exception:
+            self.machine.ask("quit")
+            raise
+
+    def connect(self):
         self.console = Console()
-        width, height = self.console.text("cat /sys/class/graphics/fb0/virtual_size").split(",")
-        self.screen = Screen(self.machine, int(width), int(height))
+        self.screen = Screen(self.machine, self.console)
         self.program = Program(self.console, self.screen)
         self.keyboard = Keyboard(self.program)
         self.report = Report()

@@ -34,8 +34,15 @@ class Machine:
 
     def __init__(self):
         self.gone = set()
-        self.lines = connect("qmp").makefile("rw")
-        self.lines.readline()
+        peer = connect("qmp")
+        self.lines = peer.makefile("rw")
+        # QEMU greets one at a time.
+        peer.settimeout(5)
+        try:
+            self.lines.readline()
+        except socket.timeout:
+            raise OSError("somebody else operates it") from None
+        peer.settimeout(None)
         self.ask("qmp_capabilities")
 
     def ask(self, command, /, **arguments):

@@ -33,9 +33,12 @@ class Picture:
 class Screen:
     """The display, and a finger on it. The kernel sees its touches as those of a touch screen."""
 
-    def __init__(self, machine, width, height):
+    def __init__(self, machine, console):
         self.machine = machine
-        self.width, self.height = width, height
+        size = console.text("cat /sys/class/graphics/fb0/virtual_size")
+        if "," not in size:
+            raise OSError(f"it has no display: {size}")
+        self.width, self.height = map(int, size.split(","))
 
     def look(self):
         path = os.path.join(PLACE, "screen.ppm")

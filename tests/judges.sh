@@ -297,7 +297,8 @@ objects=$scratch/project/build/virtual-board/kernel/objects
 echo "mkdir -p $objects/arch/arm/boot; touch $objects/arch/arm/boot/zImage
 grep -v \"\${DROPPED:-none}\" $scratch/project/virtual-board/kernel.config >$objects/.config" >>"$scratch/tools/make"
 # Each of the two kernels need not know what only the other one asks for.
-for part in "1 6.1 CAN" "1 6.1 BASE_FULL" "0 6.1 FB_DEVICE" "0 6.12 BASE_FULL" "1 6.12 FB_DEVICE"; do
+for part in "1 6.1 CAN" "1 6.1 BASE_FULL" "0 6.1 FB_DEVICE" "0 6.1 DRM_VIRTIO_GPU_KMS" \
+    "0 6.12 BASE_FULL" "1 6.12 FB_DEVICE" "1 6.12 DRM_VIRTIO_GPU_KMS"; do
     read -r status version option <<<"$part"
     rm -rf "$scratch/project/build/virtual-board/kernel"
     FAILS=none KERNEL=$version DROPPED=CONFIG_$option= run "$status" virtual-board/build-kernel

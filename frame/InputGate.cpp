@@ -65,6 +65,5 @@ bool InputGate::eventFilter(QObject* watched, QEvent* event)
 void InputGate::Close()
 {
     m_isClosed = true;
-    QMetaObject::invokeMethod(
-        this, [this] { m_isClosed = false; }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, [this] { m_isClosed = false; }, Qt::QueuedConnection);
 }

@@ -432,7 +432,7 @@ void KeyboardPanelTest::lineTypedIntoStaysInSight()
 
 void KeyboardPanelTest::fieldStaysInSightWhenTheWindowChangesItsSize()
 {
-    auto* line = InGrid<QLineEdit>(TypeInRow(8), 8, 1);
+    const auto* line = InGrid<QLineEdit>(TypeInRow(8), 8, 1);
 
     TakeScreenOf({800, 480});
 
@@ -465,7 +465,7 @@ void KeyboardPanelTest::pageKeepsItsLayout()
 
 void KeyboardPanelTest::hideKeyGivesTheRoomBackAndATapTakesItAgain()
 {
-    auto* line = InGrid<QLineEdit>(TypeInRow(8), 8, 1);
+    const auto* line = InGrid<QLineEdit>(TypeInRow(8), 8, 1);
 
     for (int i = 0; i < 3; ++i) {
         TapHideKey();
@@ -588,7 +588,7 @@ void KeyboardPanelTest::whatTakesNoTextOpensNoKeyboard_data()
 void KeyboardPanelTest::whatTakesNoTextOpensNoKeyboard()
 {
     QFETCH(QString, what);
-    QWidget* tapped = nullptr;
+    const QWidget* tapped = nullptr;
     if (what == "view") {
         QTextEdit* view = OpenTextPage();
         view->setReadOnly(true);
@@ -715,7 +715,7 @@ void KeyboardPanelTest::keysFollowTheFieldThatIsTapped()
 {
     BasicTester* page = OpenBasicPage();
     auto* host = InGrid<QLineEdit>(page, 8, 1);
-    auto* time = InGrid<QLineEdit>(page, 7, 1);
+    const auto* time = InGrid<QLineEdit>(page, 7, 1);
 
     Tap(host);
     QTRY_VERIFY(IsKeyboardShown() && KeyOf("q") != nullptr);

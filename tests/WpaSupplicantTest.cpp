@@ -167,7 +167,8 @@ void WpaSupplicantTest::namesAreHeldAsTheyAre()
                                  "a\tb",
                                  "0123456789abcdef0123456789abcdef",
                                  "一二三四五六七八九十ab"};
-    for (const QByteArray name : names) {
+    for (const char* const text : names) {
+        const QByteArray name = text;
         Join(name, "12345678");
 
         const QByteArray expected = IsPrintable(name) ? '"' + name + '"' : name.toHex();

@@ -73,8 +73,7 @@ void MoskSettings::SetValue(const QString& key, const QString& value)
     m_settings->setValue(key, value);
     m_settings->endGroup();
     // QSettings writes the file in the next turn of the event loop. This call comes after it.
-    QMetaObject::invokeMethod(
-        m_settings, [this] { LogFailure(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(m_settings, [this] { LogFailure(); }, Qt::QueuedConnection);
 }
 
 void MoskSettings::LogFailure() const

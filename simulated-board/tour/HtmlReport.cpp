@@ -99,9 +99,9 @@ void WriteFacts(QXmlStreamWriter& html, const Report& report)
         {"Checks", checks + " in " + Seconds(report.ms)},
     };
     html.writeStartElement("dl");
-    for (const auto& fact : facts) {
-        WriteText(html, "dt", fact[0]);
-        WriteText(html, "dd", fact[1]);
+    for (const auto& [name, value] : facts) {
+        WriteText(html, "dt", name);
+        WriteText(html, "dd", value);
     }
     html.writeEndElement();
 }

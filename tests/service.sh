@@ -224,24 +224,45 @@ check "what is plugged in at the start is mounted, and what is no stick or card 
 
 # --- The terminal given back to getty ---
 
+# With a unit named systemctl lists that unit's job alone; otherwise the columns are as wide as the
+# widest of them.
 put_tool systemctl <<'TEXT'
-[ "$1" != list-jobs ] || cat /run/board/jobs
+[ "$1" = list-jobs ] || exit 0
+if [ -n "${3:-}" ]; then
+    grep -F " $3 " /run/board/jobs || true
+else
+    column -t -o ' ' /run/board/jobs
+fi
 TEXT
-# given_back RESULT JOBS: what systemd says of the program's end, and what it is doing.
+put_tool sleep <<'TEXT'
+cat /run/board/jobs-later >>/run/board/jobs
+TEXT
+# given_back RESULT JOBS [LATER]: what systemd says of the program's end, what it has been asked to
+# do then, and what in the pause after a crash.
 given_back() {
     echo "$2" >/run/board/jobs
+    echo "${3:-}" >/run/board/jobs-later
     : >/run/board/calls
     SERVICE_RESULT=$1 "$service/return-terminal"
     called "systemctl --no-block --job-mode=fail start getty.target"
 }
 check "getty comes back when the service is stopped" \
     given_back success "7 mosktest.service stop running"
+check "whatever else systemd is doing" given_back success "7 mosktest.service stop running
+8 apt-daily-upgrade.service start running"
 check "even when the program had to be killed" \
     given_back timeout "7 mosktest.service stop running"
 check "and when the program has ended by itself" given_back success ""
+check "whatever else then, too" given_back success "8 apt-daily-upgrade.service stop running"
 check "not when it is started again after a crash" eval '! given_back core-dump ""'
+check "after a pause" called "sleep 1"
+check "but when it is stopped in that pause" \
+    given_back exit-code "" "7 mosktest.service stop running"
 check "not when it is started again by hand" eval \
     '! given_back success "7 mosktest.service restart running"'
+check "nor by hand in that pause" eval \
+    '! given_back exit-code "" "7 mosktest.service restart running"'
+rm /run/board/tools/sleep
 
 # --- The program kept running ---
 

@@ -368,6 +368,29 @@ check "a page that is none is told in the log" within 30 grep -qx \
     "PAGE=nonsense in /etc/default/mosktest opens no page" /tmp/log
 check "and the home page is on show" shows StartPage
 stop_program
+
+# no_page VALUE: run-program tells that there is no such page, and opens nothing.
+no_page() {
+    : >/run/board/calls
+    : >/tmp/said
+    PAGE=$1 XDG_RUNTIME_DIR=/run/mosktest "$service/run-program" sleep 30 2>/tmp/said &
+    local started=$! status=0
+    within 5 grep -qxF "PAGE=$1 in /etc/default/mosktest opens no page" /tmp/said || status=1
+    kill "$started"
+    [ "$status" -eq 0 ] && never_called "operate page "
+}
+put_tool operate <<'TEXT'
+case $* in
+pages) printf '0\thome\t0\n3\tdatabase\t-\n' ;;
+"page home" | "page database") ;;
+page*) [[ $2 =~ ^\ *-?[0-9]+$ ]] ;;
+esac
+TEXT
+for value in 3 0 11 -1 '-e home' --help '*' 'h.me' 'home database' ' 3' "\$(touch /tmp/run)"; do
+    check "PAGE=$value is no page" no_page "$value"
+done
+check "nothing of it is run" test ! -e /tmp/run
+rm /run/board/tools/operate
 rm /run/board/tools/gst-inspect-1.0
 
 # run NAME=VALUE...: what a program is told.

@@ -83,7 +83,7 @@ own='/(boot|dev|etc|mnt|opt|proc|root|run|sys|tmp|usr)/?
 /run/(board/.*|systemd/system|mosktest|mosktest.pid|mosktest/operator)
 /usr/share/udhcpc/default.script
 /var/cache/mosktest(/qmlcache)?
-/var/log/(sqlite.db|syslog)
+/var/log/(messages|sqlite.db|syslog)
 /var/run(/wpa_supplicant)?
 /var/setting/system/pointercal
 /root/board-0042|/tmp/page.png'

@@ -159,6 +159,22 @@ report "the init script's place among others" "$(missing_from "$header" <<'TEXT'
 TEXT
 )"
 
+# The command of docs/installing.md, from a folder of somebody else's to a board's.
+board=$scratch/board
+mkdir -p "$scratch/out/board/usr/bin" "$board/usr"
+touch "$scratch/out/board/usr/bin/MoskTest"
+chmod -R 700 "$scratch/out"
+chmod 751 "$board/usr"
+copy=$(sed -n '/^    .*out\/board.*tar/,/ssh/p' docs/installing.md | sed "s|ssh root@board tar -C /|tar -C $board|")
+report "the files are copied, and the board's folders stay as they are" "$(
+    (cd "$scratch" && umask 022 && sh -c "$copy")
+    diff <(cd "$board" && find . -mindepth 1 -printf '%m %p\n' | sort) - <<'TEXT'
+700 ./usr/bin/MoskTest
+751 ./usr
+755 ./usr/bin
+TEXT
+)"
+
 # devices MATCHES: those of the devices for which this function succeeds.
 devices() {
     local device

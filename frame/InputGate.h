@@ -1,7 +1,13 @@
 #pragma once
 
-#include <QEvent>
+#include <QMouseEvent>
 #include <QObject>
+#include <QPointer>
+
+#include <deque>
+#include <memory>
+
+class QTimer;
 
 /// Drops input that would do harm.
 ///
@@ -11,9 +17,8 @@
 /// only half open. If it hid or deleted the window, a window that is gone would stay in the
 /// platform's list.
 ///
-/// Nor has what is delivered in the middle of closing a list. A key could open the list again,
-/// which would leave it listed after it is gone, too. A tap could begin a check while the list's
-/// own code is still running.
+/// While a list is being closed, taps wait until it is gone and no check is under way. Keys have no
+/// effect: one that opened the list again would leave it listed after it is gone, too.
 ///
 /// No widget has a context menu. On a touch screen nobody needs one.
 class InputGate : public QObject
@@ -27,7 +32,16 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    struct WaitingTap {
+        QPointer<QObject> window;
+        std::unique_ptr<QMouseEvent> tap;
+    };
+
     void Close();
+    void Deliver();
 
     bool m_isClosed = false;
+    std::deque<WaitingTap> m_waiting;
+    const QEvent* m_delivered = nullptr;
+    QTimer* m_later;
 };

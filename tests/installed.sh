@@ -73,13 +73,13 @@ done
 # A path that these name is installed, or one of the board's own.
 own='/(boot|dev|etc|mnt|opt|proc|root|run|sys|tmp|usr)/?
 /bin/sh
-/dev/(fb1|input/(event0|touchscreen)|mmcblk|null|sd|sda1|tty1|ttyS[0259]|ttyUSB1)
-/etc/(frpc.ini|inittab|mdev.conf|mosk.ini|mosk.ini.lock|mosktest.(board|wifi)|network/interfaces)
+/dev/(fb1|input/(event0|touchscreen)|mmcblk|null|root|sd|sda1|tty1|ttyS[0259]|ttyUSB1)
+/etc/(frpc.ini|fstab|inittab|mdev.conf|mosk.ini|mosk.ini.lock|mosktest.(board|wifi)|network/interfaces)
 /etc/(qttestend|sw2hmi|udhcpc|vnclinuxfb.conf|wpa_supplicant.conf|rc5.d/S01mosktest)
 /etc/systemd/system/multi-user.target.wants/mosktest.service
 /lib/lsb/init-functions
 /opt/sdk/.*
-/proc/(mounts|scsi|version)
+/proc/(mounts|scsi|self/mountinfo|swaps|version)
 /run/(board/.*|systemd/system|mosktest|mosktest.pid|mosktest/operator)
 /usr/share/udhcpc/default.script
 /var/cache/mosktest(/qmlcache)?

@@ -180,8 +180,47 @@ plug env DEVNAME=/dev/sdc1
 check "its partition is mounted" called_with_options \
     "mount -o ro,nosuid,nodev,noexec /dev/sdc1 /mnt/sdc1"
 
+# The system's own disks: the root under the kernel's name for it, and what fstab names.
+mkdir /sys/class/block/sde1 /sys/class/block/sdf1 /dev/disk
+awk '$5 == "/" { print $3; exit }' /proc/self/mountinfo >/sys/class/block/sde1/dev
+echo 8:81 >/sys/class/block/sdf1/dev
+ln -s ../sdh1 /dev/disk/home
+touch /dev/sdh1
+cat >/etc/fstab <<'TEXT'
+# /boot was on /dev/sdf1
+#UUID=12-34 /old vfat ro 0 0
+/dev/sdg1 /boot vfat defaults 0 2
+/dev/disk/home /home ext4 defaults 0 2
+UUID=56-78 /srv ext4 defaults 0 2
+LABEL="*" /opt ext4 defaults 0 2
+LABEL=$(touch\040/tmp/run) /var ext4 defaults 0 2
+TEXT
+put_tool blkid <<'TEXT'
+case $1 in
+/dev/sdf1) echo "$1: LABEL=\"-n \$(touch /tmp/run)\" UUID=\"12-34\" TYPE=\"vfat\"" ;;
+/dev/sdi1) echo "$1: LABEL=\"data\" UUID=\"56-78\" TYPE=\"ext4\"" ;;
+/dev/sdj1) echo "$1: LABEL=\"*\" UUID=\"90-12\" TYPE=\"ext4\"" ;;
+*) exit 2 ;;
+esac
+TEXT
+for each in "sde1 mounted as the root" "sdg1 named in fstab" "sdh1 named there by a link" \
+    "sdi1 named there by its UUID" "sdj1 named there by its label"; do
+    : >/run/board/calls
+    plug env DEVNAME="/dev/${each%% *}"
+    check "a disk that is ${each#* } is left alone" eval 'never_called mount && never_called blockdev'
+done
+: >/run/board/calls
+plug env DEVNAME=/dev/sdf1
+check "a stick that a comment names is mounted, whatever its label" called_with_options \
+    "mount -o ro,nosuid,nodev,noexec /dev/sdf1 /mnt/sdf1"
+check "nothing of the label is run" test ! -e /tmp/run
+
 # The same where systemd runs.
 mkdir -p /run/systemd/system
+: >/run/board/calls
+plug env DEVNAME=/dev/sdi1 ID_FS_USAGE=filesystem ID_FS_TYPE=ext4
+check "systemd does not mount a disk that fstab names" never_called blockdev
+rm /etc/fstab /dev/sdh1
 put_tool systemd-mount </dev/null
 put_tool udevadm <<'TEXT'
 cat /run/board/udev

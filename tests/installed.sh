@@ -78,6 +78,7 @@ own='/(boot|dev|etc|mnt|opt|proc|root|run|sys|tmp|usr)/?
 /etc/(qttestend|sw2hmi|udhcpc|vnclinuxfb.conf|wpa_supplicant.conf|rc5.d/S01mosktest)
 /etc/systemd/system/multi-user.target.wants/mosktest.service
 /lib/lsb/init-functions
+/mnt/(mmcblk|sd)
 /opt/sdk/.*
 /proc/(mounts|scsi|self/mountinfo|swaps|version)
 /run/(board/.*|systemd/system|mosktest|mosktest.pid|mosktest/operator)

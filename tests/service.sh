@@ -261,6 +261,35 @@ sh /tmp/prepare-board
 check "what is plugged in at the start is mounted, and what is no stick or card is not" eval \
     '[ "$(grep ^mount /run/board/calls | cut -d" " -f4 | sort -u | paste -sd,)" = /dev/mmcblk1,/dev/sdb1 ]'
 
+# The package's removal. The board's mounts are its own.
+mkdir -p /mnt/sdb1 /mnt/sdc1 /mnt/sdd1 /mnt/sdg1 /mnt/sdd2
+for device in sdb1 sdg1; do
+    /usr/bin/mount -t tmpfs -o ro "/dev/$device" "/mnt/$device"
+done
+/usr/bin/mount -t tmpfs -o ro /dev/sdz1 /mnt/sdc1
+/usr/bin/mount -t tmpfs /dev/sdd1 /mnt/sdd1
+echo "/dev/sdg1 /mnt/sdg1 vfat ro 0 0" >/etc/fstab
+put_tool umount <<'TEXT'
+/usr/bin/umount "$@"
+TEXT
+: >/run/board/calls
+prerm() {
+    sed "s|/usr/lib/mosktest|$service|" "$service/../../debian/mosktest.prerm" | sh -s "$@"
+}
+check "an upgrade of the package leaves the sticks mounted" eval 'prerm upgrade 2.0 && never_called umount'
+check "its removal unmounts what it has mounted" eval 'prerm remove && called "umount -l /mnt/sdb1"'
+check "and the folder goes" test ! -e /mnt/sdb1
+check "nothing else is unmounted" eval '[ "$(grep -c ^umount /run/board/calls)" -eq 1 ]'
+check "nor any other folder removed" test -d /mnt/sdc1 -a -d /mnt/sdd1 -a -d /mnt/sdd2 -a -d /mnt/sdg1
+mkdir /mnt/sdb1
+/usr/bin/mount -t tmpfs -o ro /dev/sdb1 /mnt/sdb1
+mkdir /run/systemd/system
+: >/run/board/calls
+prerm remove 2>/dev/null
+check "systemd is asked for that where it runs" called "systemd-mount --quiet --umount /mnt/sdb1"
+rmdir /run/systemd/system
+rm /etc/fstab
+
 # --- The terminal given back to getty ---
 
 # With a unit named systemctl lists that unit's job alone; otherwise the columns are as wide as the

@@ -106,10 +106,14 @@ def restart(bench):
 
 
 def remove(bench):
+    """With a stick in the board."""
     report = bench.report
+    report.check("the stick is below /mnt", mounted(bench, "sda", True), True)
     text, status = bench.console.run("dpkg -r mosktest-operator mosktest", 600)
     report.judge("removed", "yes" if status == 0 else text[-200:], "yes", status == 0)
     judge_screen(bench, False)
+    report.check("the stick is unmounted", mounted(bench, "sda", False), False)
+    report.check("folders of sticks", folders(bench), "")
     report.check("left of the rule, the unit and the scripts",
                  bench.console.text("ls -d /usr/lib/udev/rules.d/*mosk* "
                                     "/usr/lib/systemd/system/mosk* /usr/lib/mosktest 2>/dev/null"),

@@ -293,13 +293,13 @@ rm /etc/fstab
 # --- The terminal given back to getty ---
 
 # With a unit named systemctl lists that unit's job alone; otherwise the columns are as wide as the
-# widest of them.
+# longest name.
 put_tool systemctl <<'TEXT'
 [ "$1" = list-jobs ] || exit 0
 if [ -n "${3:-}" ]; then
     grep -F " $3 " /run/board/jobs || true
 else
-    column -t -o ' ' /run/board/jobs
+    awk '{ printf "%s %-25s %-5s %s\n", $1, $2, $3, $4 }' /run/board/jobs
 fi
 TEXT
 put_tool sleep <<'TEXT'

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QNetworkInterface>
 #include <QProcess>
 #include <QThread>
 
@@ -83,6 +84,13 @@ QString NetworkScript(const BoardDescription& board)
                       .arg(lines.key(), *lines);
     }
     return script;
+}
+
+/// Whether an interface has begun to carry packets. The kernel may take a second to see to that.
+bool IsRunning(const QString& interface)
+{
+    return QNetworkInterface::interfaceFromName(interface).flags().testFlag(
+        QNetworkInterface::IsRunning);
 }
 
 /// The script that starts a device, which makes a file and runs until the next description.
@@ -178,14 +186,24 @@ void Board::Become(const QByteArray& description)
         qFatal("The board cannot become this");
     }
     WriteFiles(*board);
+    QStringList interfaces = board->links.keys();
+    if (board->isWlanUp) {
+        interfaces.append("wlan0");
+    }
     const QDeadlineTimer limit(30000);
-    for (const QString& device : devices) {
-        while (!QFile::exists(device)) {
+    const auto waitFor = [&limit](const QString& name, const auto& hasComeUp) {
+        while (!hasComeUp(name)) {
             if (limit.hasExpired()) {
-                qFatal("%s did not come up", qPrintable(device));
+                qFatal("%s did not come up", qPrintable(name));
             }
             QThread::msleep(1);
         }
+    };
+    for (const QString& device : qAsConst(devices)) {
+        waitFor(device, [](const QString& path) { return QFile::exists(path); });
+    }
+    for (const QString& interface : qAsConst(interfaces)) {
+        waitFor(interface, IsRunning);
     }
 }
 

@@ -88,7 +88,7 @@ void InputGate::Close()
 /// Delivers the taps that wait. If one of them shows a window, the others are dropped.
 void InputGate::Deliver()
 {
-    while (!m_waiting.empty() && !IsListClosing()) {
+    while (!m_waiting.empty()) {
         const WaitingTap next = std::move(m_waiting.front());
         m_waiting.pop_front();
         if (next.window != nullptr) {
@@ -97,7 +97,4 @@ void InputGate::Deliver()
         }
     }
     m_delivered = nullptr;
-    if (!m_waiting.empty()) {
-        m_later->start();
-    }
 }

@@ -4,7 +4,7 @@
 set -eu
 
 cd "$(dirname "$0")"
-echo "All the tests take about 4 minutes on two processors, after building"
+echo "All the tests take about 3 minutes on two processors, after building"
 packaging/install-packages test
 
 echo "Building with sanitizers in build/asan"
@@ -15,7 +15,7 @@ cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz
 
 echo "Running the tests, each on a simulated board of its own"
-# One more than there are processors: many tests wait for a device or for a limit to pass.
-ctest --preset asan -j "$(($(nproc) + 1))" --no-tests=ignore "$@"
+# Two more than there are processors: many tests wait for a device or for a limit to pass.
+ctest --preset asan -j "$(($(nproc) + 2))" --no-tests=ignore "$@"
 echo "Fuzzing for a few seconds each"
 ctest --preset fuzz -j "$(nproc)" --no-tests=ignore "$@"

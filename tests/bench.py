@@ -199,7 +199,6 @@ def look_at_console(console_class):
         peer.sendall(b"==shell\r\n")
         peer.recv(100)
         peer.sendall(b"==begin 1\r\nup\r\n==end 1 0\r\n")
-
         peer.recv(100)
         peer.close()
 

@@ -137,6 +137,22 @@ for status in 0 3; do
     called "socat UNIX-LISTEN:/there/vnc,fork TCP:127.0.0.1:5900"
 done
 
+# --- Where Debian's packages come from ---
+
+copy packaging/mirror
+stand_in tools/apt-get
+echo 'printf "%b" "$MIRRORS"' >>"$scratch/tools/apt-get"
+while read -r wanted mirrors; do
+    MIRRORS=$mirrors FAILS=none run 0 env -u DEBIAN_MIRROR packaging/mirror
+    verdict "the mirror is $wanted" [ "$(cat "$scratch/said")" = "$wanted" ]
+done <<'TEXT'
+https://one.example/debian https://one.example/debian\nhttp://two.example/debian\n
+http://two.example/debian mirror+file:/etc/apt/mirrors/debian.list/\nhttp://two.example/debian\n
+http://deb.debian.org/debian mirror+file:/etc/apt/mirrors/debian.list/\n
+http://deb.debian.org/debian
+TEXT
+rm "$scratch/tools/apt-get"
+
 # --- What has to pass before a change lands ---
 
 copy tests/fresh

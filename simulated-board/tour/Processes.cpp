@@ -30,10 +30,11 @@ QStringList WordsOf(const QByteArray& command)
 QList<int> ProcessesOf(const QStringList& words)
 {
     QList<int> processes;
-    const QStringList names = QDir(ProcessFolder()).entryList(QDir::Dirs);
+    const QString folder = ProcessFolder();
+    const QStringList names = QDir(folder).entryList(QDir::Dirs);
     for (const QString& name : names) {
         const int process = name.toInt();
-        QFile file(ProcessFolder() + name + "/cmdline");
+        QFile file(folder + name + "/cmdline");
         if (process == 0 || !file.open(QIODevice::ReadOnly)) {
             continue;
         }
